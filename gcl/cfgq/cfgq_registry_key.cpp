@@ -1,0 +1,266 @@
+// The settings view: locating and opening the settings file, sections, main keys and groups.
+#include "cfgq.h"
+#include "cfgq_registry_key.h"
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSettings>
+
+#include "cfg.h"
+#include "fio.h"
+#include "gen.h"
+#include "mem.h"
+#include "msg.h"
+#include "tst.h"
+#include "ver.h"
+
+namespace {
+
+constexpr const char* module_name = "CFGQ";
+// Named in internal-error reports; written out so that the text does not depend on the build.
+constexpr const char* this_file = "gcl/cfgq/cfgq_registry_key.cpp";
+
+const MEM_INITIALIZER mem_initializer(module_name);
+
+// The process's temporary settings file. Filled once, at the first path computation, and
+// deleted with its file when the library unloads.
+class temp_settings_file {
+ public:
+  temp_settings_file() = default;
+  temp_settings_file(const temp_settings_file&) = delete;
+  temp_settings_file& operator=(const temp_settings_file&) = delete;
+  ~temp_settings_file() {
+    if (!m_path.isEmpty()) FIO_FILE_SYSTEM::remove_if_exists(m_path.toStdString());
+  }
+
+  const QString& path() {
+    std::call_once(m_once, [this] {
+      m_path = QString::fromStdString(gen_create_temp_file(gen_get_temp_path(), "CFGQ"));
+    });
+    return m_path;
+  }
+
+ private:
+  std::once_flag m_once;
+  QString m_path;
+};
+
+temp_settings_file temp_registry_file;
+
+bool separate_64_bit_settings() {
+  // Fixed at the first main-key name of the process; later configuration changes don't count.
+  static const bool separate = cfg_is_on("separate_settings_for_64_bit");
+  return separate;
+}
+
+bool is_isolated_run() {
+  return tst_is_regtest_mode() || qEnvironmentVariable("QT_QPA_PLATFORM") == QLatin1String("minimal") ||
+         qEnvironmentVariable("PBUILD_BUILD") == QLatin1String("1");
+}
+
+// Renames the settings file to its name with `suffix` appended, replacing an older such file.
+void set_aside(const char* suffix) {
+  const std::string path = get_registry_file_path().toStdString();
+  FIO_FILE_SYSTEM::remove_if_exists(path + suffix);
+  FIO_FILE_SYSTEM::rename(path, path + suffix);
+}
+
+}  // namespace
+
+QString get_main_key_name(const char* version, const char* suffix) {
+  QString name = version != nullptr ? QString::fromUtf8(version)
+                                    : QString::fromStdString(ver_get_version());
+  if (separate_64_bit_settings()) name += QLatin1String("_64-Bit");
+  if (suffix != nullptr) {
+    const QString given = QString::fromUtf8(suffix);
+    if (!name.endsWith(given, Qt::CaseSensitive)) return name + given;
+  }
+  if (!name.endsWith(QLatin1String("_pro"), Qt::CaseSensitive)) name += QLatin1String("_pro");
+  return name;
+}
+
+QString get_registry_file_path() {
+  // The temporary file is made at the first call of the process, isolated or not, so that every
+  // later isolated view of the process finds the same file.
+  const QString& temp_path = temp_registry_file.path();
+  if (is_isolated_run()) return temp_path;
+  return QDir(QString::fromStdString(gen_get_user_profile_directory()))
+      .absoluteFilePath(QStringLiteral("korvel2.kreg"));
+}
+
+const CFGQ_REGISTRY_KEY::ENUMERATED_SUB_KEY_NAME
+    CFGQ_REGISTRY_KEY::DEFAULT_SUB_KEYS[CFGQ_REGISTRY_KEY::LAST_SUB_KEY + 1] = {
+        {"NO_MAIN_KEY", ""},
+        {"NO_SUB_KEY", ""},
+        {"GENERAL", "General"},
+        {"DIRECTORIES", "Directories"},
+        {"GRAPHICS_EDITOR", "Graphics_Editor"},
+        {"TEXT_EDITOR", "Text_Editor"},
+        {"RECENT_FILES", "Recent_Files"},
+        {"SETUP", "Setup"},
+        {"TOOLS_MENU", "Tools_Menu"},
+        {"CUIQ", "CUIQ"},
+        {"UNB", "UNB"},
+        {"FLP", "Floorplanner"},
+        {"LFP", "Logical_Floorplan"},
+        {"ACV", "Chip_Viewer"},
+        {"APE", "Atom_Property_Editor"},
+        {"PROJECT_MANAGER", "Project_Manager"},
+        {"MEMORY_EDITOR", "Memory_Editor"},
+        {"PCL", "PCL"},
+        {"PJN", "PJN"},
+        {"WED", "WED"},
+        {"DBU", "DBU"},
+        {"LIST_CONTROLS", "List_Control_Widths"},
+        {"EDA", "EDA_Tools"},
+        {"RPWQ", "Report_Window"},
+        {"KORVEL_MURMEL", "Korvel_Murmel"},
+        {"SLD", "SLD"},
+        {"TCL", "Tcl_Toolbar"},
+        {"ASEQ", "Assignment_Editor"},
+        {"FMW", "FenMark_Regions_Window"},
+        {"PROGRAMMER", "Programmer"},
+        {"FIF", "Find_in_Files"},
+        {"SED", "Trescan"},
+        {"ISMCE", "In-System_Memory_Content_Editor"},
+        {"ASD_BACK_ANNOTATE", "Back_Annotate_Dialog"},
+        {"SETD", "Settings_Dialog"},
+        {"TOOL_WND", "TOOL_WND"},
+        {"RESIZE", "Resizable_Window"},
+        {"DCS", "Dialog_Control_State"},
+        {"RTLV", "RTL_Viewer"},
+        {"RSMQ", "State_Machine_Viewer"},
+        {"MSG", "Messages"},
+        {"PPLQ", "Pin_Planner"},
+        {"CPS", "Critical_Path_Settings"},
+        {"WIZARDS", "Wizards"},
+        {"REVISION", "Revisions_Dialog"},
+        {"DPW", "DPW"},
+        {"TAWQ", "Horvane_Timing_Analyzer"},
+        {"OAW", "Advisors"},
+        {"SDE", "Simulation_Debugger"},
+        {"TMW", "Task_Manager_Window"},
+        {"CFWQ", "Compiler_Flow_Window"},
+        {"OFCQ", "Orlesk_Foundation_Class"},
+        {"KGQ", "Korvel"},
+        {"KUI", "Korvel_UI_Framework"},
+        {"ECO", "Change Manager Window"},
+        {"ESLC", "EDA_Simulation_Library_Compiler"},
+        {"CSETQ", "Device_Dialog"},
+        {"SHLPQ", "Self_Help"},
+        {"TOOLBAR", "Toolbar"},
+        {"NUI", "NUI_Viewer"},
+        {"DEPLG", "Design_Planner"},
+        {"CMPM", "Compiler_Manager"},
+        {"PDPW", "Draftwell"},
+        {"NUIQU", "RTL_Analyzer"},
+        {"KCOLOR", "Korvel_Color_Setting"},
+        {"KINST", "Korvel_Installer"},
+        {"DEEQ", "Design_Entry_Editor"},
+        {"PTCGUI", "Power_and_Thermal_Analyzer"},
+        {"LAST_SUB_KEY", ""},
+};
+
+const CFGQ_REGISTRY_KEY::SUB_KEY_ITERATOR CFGQ_REGISTRY_KEY::SUB_KEY_BEGIN() {
+  return {NO_MAIN_KEY, false};
+}
+
+const CFGQ_REGISTRY_KEY::SUB_KEY_ITERATOR CFGQ_REGISTRY_KEY::SUB_KEY_END() {
+  return {LAST_SUB_KEY, true};
+}
+
+const CFGQ_REGISTRY_KEY::REGISTRY_ERROR_CODE_ITERATOR
+CFGQ_REGISTRY_KEY::REGISTRY_ERROR_CODE_BEGIN() {
+  return {REGISTRY_NO_ERROR, false};
+}
+
+const CFGQ_REGISTRY_KEY::REGISTRY_ERROR_CODE_ITERATOR CFGQ_REGISTRY_KEY::REGISTRY_ERROR_CODE_END() {
+  return {REGISTRY_VALUE_NOT_FOUND, true};
+}
+
+CFGQ_REGISTRY_KEY::CFGQ_REGISTRY_KEY(SUB_KEY key, const char* version, const char* suffix)
+    : m_last_error(REGISTRY_NO_ERROR), m_settings() {
+  init();
+  if (!(key >= SUB_KEY_BEGIN() && key < SUB_KEY_END())) {
+    MSG_INTERNAL_ERROR::report("key >= SUB_KEY_BEGIN() && key < SUB_KEY_END()", module_name,
+                               this_file, __LINE__);
+  }
+  if (key == NO_MAIN_KEY) return;
+  beginGroup(get_main_key_name(version, suffix));
+  if (key == NO_SUB_KEY) return;
+  // LAST_SUB_KEY enters a group with an empty name: one more level, the same path.
+  beginGroup(QString::fromUtf8(DEFAULT_SUB_KEYS[key].sub_key_name));
+}
+
+CFGQ_REGISTRY_KEY::CFGQ_REGISTRY_KEY(const char* section, const char* version, const char* suffix)
+    : m_last_error(REGISTRY_NO_ERROR), m_settings() {
+  init();
+  beginGroup(get_main_key_name(version, suffix));
+  if (!gen_is_empty_string(section)) beginGroup(QString::fromUtf8(section));
+}
+
+CFGQ_REGISTRY_KEY::CFGQ_REGISTRY_KEY(const CFGQ_REGISTRY_KEY& parent, const char* group)
+    : m_last_error(REGISTRY_NO_ERROR), m_settings() {
+  init();
+  // The parent's whole path is one level, entered even when empty: one endGroup leaves it.
+  beginGroup(parent.group());
+  if (!gen_is_empty_string(group)) beginGroup(QString::fromUtf8(group));
+}
+
+CFGQ_REGISTRY_KEY::CFGQ_REGISTRY_KEY(const CFGQ_REGISTRY_KEY& parent, const QString& group)
+    : m_last_error(REGISTRY_NO_ERROR), m_settings() {
+  init();
+  beginGroup(parent.group());
+  if (!group.isEmpty()) beginGroup(group);
+}
+
+CFGQ_REGISTRY_KEY::CFGQ_REGISTRY_KEY(const CFGQ_REGISTRY_KEY& parent, const std::string& group)
+    : m_last_error(REGISTRY_NO_ERROR), m_settings() {
+  init();
+  beginGroup(parent.group());
+  if (group.length() != 0) beginGroup(QString::fromUtf8(group.c_str()));
+}
+
+CFGQ_REGISTRY_KEY::~CFGQ_REGISTRY_KEY() = default;
+
+void CFGQ_REGISTRY_KEY::init() {
+  const QFileInfo file(get_registry_file_path());
+  // Strictly greater: a file of exactly max_file_bytes is still opened.
+  if (file.exists() && file.size() > max_file_bytes) set_aside(".large");
+
+  try {
+    m_settings = std::make_unique<QSettings>(get_registry_file_path(), QSettings::IniFormat);
+  } catch (...) {
+    set_aside(".corrupt");
+    // Not guarded: a second failure reaches the caller constructing the view.
+    m_settings = std::make_unique<QSettings>(get_registry_file_path(), QSettings::IniFormat);
+  }
+}
+
+void CFGQ_REGISTRY_KEY::check_array_sizes() {}
+
+void CFGQ_REGISTRY_KEY::beginGroup(const QString& group) { m_settings->beginGroup(group); }
+
+void CFGQ_REGISTRY_KEY::endGroup() { m_settings->endGroup(); }
+
+QString CFGQ_REGISTRY_KEY::group() const { return m_settings->group(); }
+
+QString CFGQ_REGISTRY_KEY::fileName() const { return m_settings->fileName(); }
+
+QVariant CFGQ_REGISTRY_KEY::value(const QString& key, const QVariant& default_value) const {
+  return m_settings->value(key, default_value);
+}
+
+bool CFGQ_REGISTRY_KEY::contains(const QString& key) const { return m_settings->contains(key); }
+
+void CFGQ_REGISTRY_KEY::remove(const QString& key) { m_settings->remove(key); }
+
+QList<QString> CFGQ_REGISTRY_KEY::allKeys() const { return m_settings->allKeys(); }
+
+QList<QString> CFGQ_REGISTRY_KEY::childKeys() const { return m_settings->childKeys(); }
+
+QList<QString> CFGQ_REGISTRY_KEY::childGroups() const { return m_settings->childGroups(); }

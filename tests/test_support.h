@@ -1,0 +1,80 @@
+// Fixtures and helpers shared by the C++ tests.
+#pragma once
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <QByteArray>
+#include <QDir>
+#include <QFile>
+#include <QSettings>
+#include <QString>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace cfgq_test {
+
+// Sets (or, with nullopt, unsets) an environment variable and puts the old value back.
+class EnvGuard {
+ public:
+  EnvGuard(const char* name, std::optional<std::string> value) : m_name(name) {
+    if (const char* old = std::getenv(name)) m_old = std::string(old);
+    set(value);
+  }
+  ~EnvGuard() { set(m_old); }
+  EnvGuard(const EnvGuard&) = delete;
+  EnvGuard& operator=(const EnvGuard&) = delete;
+
+ private:
+  void set(const std::optional<std::string>& value) {
+    if (value) {
+      setenv(m_name.c_str(), value->c_str(), 1);
+    } else {
+      unsetenv(m_name.c_str());
+    }
+  }
+
+  std::string m_name;
+  std::optional<std::string> m_old;
+};
+
+// A fresh HOME for each test, with every variable that steers the library reset: the view
+// works on <HOME>/korvel2.kreg, version 25.1, no switches, no isolation, no debug output.
+class SettingsTest : public ::testing::Test {
+ protected:
+  SettingsTest()
+      : m_home_guard("HOME", m_home.path().toStdString()),
+        m_version("KORVEL_VERSION", std::nullopt),
+        m_versions("KORVEL_VERSIONS", std::nullopt),
+        m_config("KORVEL_CONFIG_ON", std::nullopt),
+        m_regtest("KORVEL_REGTEST", std::nullopt),
+        m_debug("KORVEL_DEBUG", std::nullopt),
+        m_qpa("QT_QPA_PLATFORM", std::nullopt),
+        m_pbuild("PBUILD_BUILD", std::nullopt) {}
+
+  QString home() const { return m_home.path(); }
+  QString profile_file() const { return QDir(m_home.path()).absoluteFilePath("korvel2.kreg"); }
+
+  // Writes `bytes` as the profile settings file.
+  void write_profile_file(const QByteArray& bytes) const {
+    QFile file(profile_file());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    ASSERT_EQ(file.write(bytes), bytes.size());
+  }
+
+  // Reads one value of the profile file through a raw settings object.
+  QVariant raw_value(const QString& path) const {
+    QSettings raw(profile_file(), QSettings::IniFormat);
+    return raw.value(path);
+  }
+
+ private:
+  QTemporaryDir m_home;
+  EnvGuard m_home_guard;
+  EnvGuard m_version, m_versions, m_config, m_regtest, m_debug, m_qpa, m_pbuild;
+};
+
+}  // namespace cfgq_test
