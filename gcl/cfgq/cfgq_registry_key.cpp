@@ -2,13 +2,19 @@
 #include "cfgq.h"
 #include "cfgq_registry_key.h"
 
+#include <cstdarg>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 #include <QDir>
 #include <QFileInfo>
+#include <QMap>
 #include <QSettings>
+#include <QStringList>
+#include <fmt/format.h>
+#include <fmt/printf.h>
 
 #include "cfg.h"
 #include "fio.h"
@@ -60,6 +66,90 @@ bool separate_64_bit_settings() {
 bool is_isolated_run() {
   return tst_is_regtest_mode() || qEnvironmentVariable("QT_QPA_PLATFORM") == QLatin1String("minimal") ||
          qEnvironmentVariable("PBUILD_BUILD") == QLatin1String("1");
+}
+
+// A value whose text form has this many UTF-16 code units or more is not stored. (The same
+// figure limits the settings file, counted in bytes, when it is opened.)
+constexpr qsizetype max_value_utf16_units = 10'000'000;
+
+// Appends argument `index` to a fallback text: formatted alone as "{index}\n" (which only the
+// first argument can satisfy), or "(unprintable)\n".
+template <typename Arg>
+void append_fallback_argument(std::string& text, int index, const Arg& arg) {
+  text += fmt::format("arg[{}]: ", index);
+  try {
+    text += fmt::format(fmt::runtime(fmt::sprintf("{%d}\n", index)), arg);
+  } catch (...) {
+    text += "(unprintable)\n";
+  }
+}
+
+// The text posted instead of a diagnostic whose formatting failed.
+template <typename... Args>
+std::string fallback_text(std::string_view format, const Args&... args) {
+  std::string text =
+      fmt::format("ERROR: args not compatible with format string\nformat: {}\n", format);
+  int index = 0;
+  (append_fallback_argument(text, index++, args), ...);
+  return text;
+}
+
+// A printf-style diagnostic text; a formatting failure never leaves the caller.
+template <typename... Args>
+std::string printf_text(const char* format, const Args&... args) {
+  try {
+    return fmt::sprintf(format, args...);
+  } catch (...) {
+  }
+  try {
+    return fallback_text(format, args...);
+  } catch (...) {
+    return std::string();
+  }
+}
+
+// A "{}"-style diagnostic text; a formatting failure never leaves the caller.
+template <typename... Args>
+std::string brace_text(const char* format, const Args&... args) {
+  try {
+    return fmt::format(fmt::runtime(format), args...);
+  } catch (...) {
+  }
+  try {
+    return fallback_text(format, args...);
+  } catch (...) {
+    return std::string();
+  }
+}
+
+// msg_local_vdebug takes its arguments as a va_list only.
+void post_debug(const char* channel, MSG_D_LEVEL level, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  msg_local_vdebug(channel, level, format, args);
+  va_end(args);
+}
+
+// Blanks in value names are accepted, but they are a trap for scripts and the file's readers.
+// Only U+0020 counts; tabs and other whitespace draw nothing.
+void warn_about_blank(const QString& value_name) {
+  if (!value_name.contains(QLatin1Char(' '))) return;
+  const QByteArray name = value_name.toLocal8Bit();
+  const std::string text = printf_text(
+      "Using whitespace in CFGQ_REGISTRY_KEY value_name \"%s\" is not recommended; use "
+      "underscore instead",
+      name.constData());
+  // Passed as the argument of "%s": a value name may contain '%'.
+  post_debug(module_name, MSG_D_LEVEL_2, "%s", text.c_str());
+}
+
+// Asked before the size text is formatted, so that a refused value costs no formatting when
+// nobody listens.
+bool cfgq_debug_enabled() {
+  if (!msg_initialized) return false;
+  if (!MSG_D::debug_messages_enabled(nullptr)) return false;
+  const MSG_D reporter(nullptr);
+  return reporter.is_channel_enabled(module_name, MSG_D_LEVEL_2);
 }
 
 // Renames the settings file to its name with `suffix` appended, replacing an older such file.
@@ -264,3 +354,95 @@ QList<QString> CFGQ_REGISTRY_KEY::allKeys() const { return m_settings->allKeys()
 QList<QString> CFGQ_REGISTRY_KEY::childKeys() const { return m_settings->childKeys(); }
 
 QList<QString> CFGQ_REGISTRY_KEY::childGroups() const { return m_settings->childGroups(); }
+
+bool CFGQ_REGISTRY_KEY::get_value(const QString& value_name, QVariant* variant_value) {
+  if (variant_value == nullptr) {
+    MSG_INTERNAL_ERROR::report("variant_value != NULL", module_name, this_file, __LINE__);
+  }
+  warn_about_blank(value_name);
+  // Only the group's own keys count: a name with '/' would reach into a subgroup.
+  if (!m_settings->childKeys().contains(value_name, Qt::CaseSensitive)) {
+    m_last_error = REGISTRY_VALUE_NOT_FOUND;
+    return false;
+  }
+  *variant_value = m_settings->value(value_name, QVariant());
+  m_last_error = REGISTRY_NO_ERROR;
+  return true;
+}
+
+void CFGQ_REGISTRY_KEY::set_value(const QString& value_name, const QVariant& value) {
+  warn_about_blank(value_name);
+  const qsizetype length = value.toString().size();
+  if (length >= max_value_utf16_units) {
+    if (cfgq_debug_enabled()) {
+      const std::string text =
+          brace_text("Value too large. Size is {}. Value will not be set.", length);
+      msg_local_vdebug_no_checking_impl(module_name, "%s", text.c_str());
+    }
+  } else {
+    m_settings->setValue(value_name, value);
+  }
+  // Also after a refused value: a write never leaves a read's outcome behind.
+  m_last_error = REGISTRY_NO_ERROR;
+}
+
+void CFGQ_REGISTRY_KEY::setValue(const QString& value_name, const QVariant& value) {
+  set_value(value_name, value);
+}
+
+bool CFGQ_REGISTRY_KEY::is_equal(const QString& value_name, const QString& text,
+                                 Qt::CaseSensitivity sensitivity) {
+  QVariant stored;
+  if (!get_value(value_name, &stored)) return false;
+  if (!stored.isValid() || !stored.canConvert(QMetaType::fromType<QString>())) return false;
+  return QString::compare(stored.toString(), text, sensitivity) == 0;
+}
+
+bool CFGQ_REGISTRY_KEY::is_yes(const QString& value_name) {
+  return is_equal(value_name, QString::fromUtf8(CFGQ_YES_STR), Qt::CaseInsensitive);
+}
+
+bool CFGQ_REGISTRY_KEY::is_no(const QString& value_name) {
+  return is_equal(value_name, QString::fromUtf8(CFGQ_NO_STR), Qt::CaseInsensitive);
+}
+
+void CFGQ_REGISTRY_KEY::set_yes(const QString& value_name) {
+  set_value(value_name, QVariant(QString::fromUtf8(CFGQ_YES_STR)));
+}
+
+void CFGQ_REGISTRY_KEY::set_no(const QString& value_name) {
+  set_value(value_name, QVariant(QString::fromUtf8(CFGQ_NO_STR)));
+}
+
+CFGQ_REGISTRY_KEY::REGISTRY_ERROR_CODE CFGQ_REGISTRY_KEY::get_last_error() { return m_last_error; }
+
+int CFGQ_REGISTRY_KEY::copy(const QString& source, const QString& destination) {
+  m_settings->beginGroup(source);
+  // Both lists and every value of this level are taken before anything is written, so a
+  // destination inside the source (or equal to it) can't change what is visited.
+  const QStringList keys = m_settings->childKeys();
+  const QStringList groups = m_settings->childGroups();
+  QMap<QString, QVariant> buffer;
+  for (const QString& key : keys) buffer.insert(key, m_settings->value(key, QVariant()));
+  m_settings->endGroup();
+
+  int count = 0;
+  m_settings->beginGroup(destination);
+  for (const QString& key : keys) {
+    // Counted whether or not set_value stores it: the count tells that the source held keys.
+    set_value(key, buffer.value(key));
+    ++count;
+  }
+  m_settings->endGroup();
+
+  for (const QString& group : groups) {
+    count += copy(source + QLatin1Char('/') + group, destination + QLatin1Char('/') + group);
+  }
+  return count;
+}
+
+void CFGQ_REGISTRY_KEY::clear_registry_key() {
+  for (const QString& key : m_settings->allKeys()) m_settings->remove(key);
+}
+
+void CFGQ_REGISTRY_KEY::clear() { m_settings->clear(); }
