@@ -1,6 +1,7 @@
 // The settings view: locating and opening the settings file, sections, main keys and groups.
 #include "cfgq.h"
 #include "cfgq_registry_key.h"
+#include "cfgq_settings_cache.h"
 
 #include <cstdarg>
 #include <memory>
@@ -154,7 +155,10 @@ bool cfgq_debug_enabled() {
 
 // Renames the settings file to its name with `suffix` appended, replacing an older such file.
 void set_aside(const char* suffix) {
-  const std::string path = get_registry_file_path().toStdString();
+  const QString file = get_registry_file_path();
+  // The file's parsed state goes with it: a file set aside for its size must not stay in memory.
+  cfgq_release_settings_file(file);
+  const std::string path = file.toStdString();
   FIO_FILE_SYSTEM::remove_if_exists(path + suffix);
   FIO_FILE_SYSTEM::rename(path, path + suffix);
 }
@@ -329,6 +333,8 @@ void CFGQ_REGISTRY_KEY::init() {
     // Not guarded: a second failure reaches the caller constructing the view.
     m_settings = std::make_unique<QSettings>(get_registry_file_path(), QSettings::IniFormat);
   }
+  // Keeps the file's parsed state for the next view, which then costs a lookup, not a re-read.
+  cfgq_keep_settings_file(m_settings->fileName());
 }
 
 void CFGQ_REGISTRY_KEY::check_array_sizes() {}
