@@ -33,8 +33,8 @@ constexpr const char* this_file = "gcl/cfgq/cfgq_registry_key.cpp";
 
 const MEM_INITIALIZER mem_initializer(module_name);
 
-// The process's temporary settings file. Filled once, at the first path computation, and
-// deleted with its file when the library unloads.
+// The process's temporary settings file. Filled at the first path computation that obtains one,
+// and deleted with its file when the library unloads.
 class temp_settings_file {
  public:
   temp_settings_file() = default;
@@ -44,15 +44,18 @@ class temp_settings_file {
     if (!m_path.isEmpty()) FIO_FILE_SYSTEM::remove_if_exists(m_path.toStdString());
   }
 
-  const QString& path() {
-    std::call_once(m_once, [this] {
+  QString path() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    // Asked for again while empty: a temporary directory that could not take the file (missing,
+    // full) may take it at a later view. Once obtained, the path never changes.
+    if (m_path.isEmpty()) {
       m_path = QString::fromStdString(gen_create_temp_file(gen_get_temp_path(), "CFGQ"));
-    });
+    }
     return m_path;
   }
 
  private:
-  std::once_flag m_once;
+  std::mutex m_mutex;
   QString m_path;
 };
 
@@ -180,7 +183,7 @@ QString get_main_key_name(const char* version, const char* suffix) {
 QString get_registry_file_path() {
   // The temporary file is made at the first call of the process, isolated or not, so that every
   // later isolated view of the process finds the same file.
-  const QString& temp_path = temp_registry_file.path();
+  const QString temp_path = temp_registry_file.path();
   if (is_isolated_run()) return temp_path;
   return QDir(QString::fromStdString(gen_get_user_profile_directory()))
       .absoluteFilePath(QStringLiteral("korvel2.kreg"));
