@@ -1,0 +1,411 @@
+// The stand-ins for the suite's infrastructure libraries, steered through their environment
+// variables as a deployed suite would steer them.
+#include <cstdarg>
+#include <cstdlib>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "cfg.h"
+#include "fio.h"
+#include "gen.h"
+#include "host_defaults.h"
+#include "mem.h"
+#include "msg.h"
+#include "qtl.h"
+#include "test_support.h"
+#include "tst.h"
+#include "ver.h"
+
+namespace {
+
+using cfgq_test::EnvGuard;
+
+// Each test gets a scratch directory; every variable a stand-in reads starts unset.
+class HostTest : public ::testing::Test {
+ protected:
+  QString path(const QString& name) const { return QDir(m_dir.path()).absoluteFilePath(name); }
+  std::string dir() const { return m_dir.path().toStdString(); }
+
+  static bool write_file(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+  }
+  static QByteArray read_file(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+  }
+
+ private:
+  QTemporaryDir m_dir;
+  EnvGuard m_debug{"KORVEL_DEBUG", std::nullopt};
+  EnvGuard m_config{"KORVEL_CONFIG_ON", std::nullopt};
+  EnvGuard m_regtest{"KORVEL_REGTEST", std::nullopt};
+  EnvGuard m_qt{"KORVEL_QT_PROCESS", std::nullopt};
+};
+
+using HostDeathTest = HostTest;
+
+bool debug(const char* channel, MSG_D_LEVEL level, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  const bool printed = msg_local_vdebug(channel, level, format, args);
+  va_end(args);
+  return printed;
+}
+
+// ---- Messaging ---------------------------------------------------------------------------------
+
+TEST_F(HostTest, DebugSettingEnablesChannelsUpToTheirLevel) {
+  struct Row {
+    const char* setting;  // nullptr: unset
+    int highest_cfgq_level;  // -1: CFGQ prints nothing
+  };
+  const Row rows[] = {
+      {nullptr, -1},
+      {"", -1},
+      {"CFGQ", 1 << 20},
+      {"CFGQ:2", 2},
+      {"CFGQ:0", 0},
+      {" CFGQ : 3 ", 3},
+      {"OTHER:5,CFGQ:1", 1},
+      {",,CFGQ:1,", 1},
+      {"CFGQ:1,CFGQ:3", 3},
+      {"CFGQ:3,CFGQ:1", 3},
+      {"OTHER", -1},
+      {"cfgq", -1},
+      {"CFGQX:3", -1},
+      {"XCFGQ", -1},
+      // Malformed levels enable nothing for that entry.
+      {"CFGQ:", -1},
+      {"CFGQ:two", -1},
+      {"CFGQ:2x", -1},
+      {"CFGQ:x,CFGQ:1", 1},
+      {"CFGQ;2", -1},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.setting ? std::string("KORVEL_DEBUG=\"") + row.setting + "\"" : "unset");
+    EnvGuard setting("KORVEL_DEBUG",
+                     row.setting ? std::optional<std::string>(row.setting) : std::nullopt);
+    const MSG_D reporter(nullptr);
+    for (const MSG_D_LEVEL level : {MSG_D_LEVEL_0, MSG_D_LEVEL_1, MSG_D_LEVEL_2, MSG_D_LEVEL_3}) {
+      SCOPED_TRACE(level);
+      const bool expected = level <= row.highest_cfgq_level;
+      EXPECT_EQ(reporter.is_channel_enabled("CFGQ", level), expected);
+      ::testing::internal::CaptureStderr();
+      EXPECT_EQ(debug("CFGQ", level, "%s", "text"), expected);
+      EXPECT_EQ(::testing::internal::GetCapturedStderr(), expected ? "CFGQ: text\n" : "");
+    }
+    EXPECT_EQ(MSG_D::debug_messages_enabled(nullptr), row.setting && row.setting[0] != '\0');
+  }
+}
+
+TEST_F(HostTest, DebugLineIsChannelThenText) {
+  EnvGuard setting("KORVEL_DEBUG", "CFGQ:2");
+  ::testing::internal::CaptureStderr();
+  // The text is an argument: '%' in it is printed as it stands.
+  EXPECT_TRUE(debug("CFGQ", MSG_D_LEVEL_2, "%s", "100% done, %d left"));
+  EXPECT_TRUE(debug("CFGQ", MSG_D_LEVEL_1, "%s=%d", "count", 7));
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "CFGQ: 100% done, %d left\nCFGQ: count=7\n");
+}
+
+TEST_F(HostTest, UncheckedDebugOutputPrintsWithoutAnySetting) {
+  ::testing::internal::CaptureStderr();
+  EXPECT_TRUE(msg_local_vdebug_no_checking_impl("CFGQ", "%s", "always"));
+  EXPECT_FALSE(msg_local_vdebug_no_checking_impl(nullptr, "%s", "nowhere"));
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "CFGQ: always\n");
+  EXPECT_TRUE(msg_initialized);
+}
+
+TEST_F(HostDeathTest, InternalErrorReportNamesConditionModuleFileAndLine) {
+  EXPECT_DEATH(MSG_INTERNAL_ERROR::report("a != NULL", "CFGQ", "gcl/cfgq/x.cpp", 412),
+               "a != NULL.*CFGQ.*gcl/cfgq/x\\.cpp.*412");
+}
+
+// ---- Configuration and test mode ---------------------------------------------------------------
+
+TEST_F(HostTest, ConfigurationSwitchIsOnOnlyWhenNamedAsAWholeEntry) {
+  const std::string name = "separate_settings_for_64_bit";
+  struct Row {
+    const char* setting;
+    bool on;
+  };
+  const Row rows[] = {
+      {nullptr, false},
+      {"", false},
+      {"separate_settings_for_64_bit", true},
+      {"other,separate_settings_for_64_bit", true},
+      {"separate_settings_for_64_bit,other", true},
+      {" separate_settings_for_64_bit ", true},
+      {"separate_settings_for_64_bit_x", false},
+      {"separate_settings", false},
+      {"SEPARATE_SETTINGS_FOR_64_BIT", false},
+      {"other;separate_settings_for_64_bit", false},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.setting ? row.setting : "unset");
+    EnvGuard setting("KORVEL_CONFIG_ON",
+                     row.setting ? std::optional<std::string>(row.setting) : std::nullopt);
+    EXPECT_EQ(cfg_is_on(name), row.on);
+  }
+  EnvGuard empty_entries("KORVEL_CONFIG_ON", ",,");
+  EXPECT_FALSE(cfg_is_on(""));
+}
+
+TEST_F(HostTest, RegressionTestModeNeedsExactlyOne) {
+  for (const char* value : {"1", "1 ", " 1", "01", "true", "0", "", "2"}) {
+    SCOPED_TRACE(std::string("KORVEL_REGTEST=\"") + value + "\"");
+    EnvGuard setting("KORVEL_REGTEST", value);
+    EXPECT_EQ(tst_is_regtest_mode(), std::string(value) == "1");
+  }
+  EXPECT_FALSE(tst_is_regtest_mode());
+}
+
+// ---- General utilities -------------------------------------------------------------------------
+
+TEST_F(HostTest, TemporaryDirectoryDefaultsToTmp) {
+  {
+    EnvGuard unset("TMPDIR", std::nullopt);
+    EXPECT_EQ(gen_get_temp_path(), "/tmp");
+  }
+  {
+    EnvGuard empty("TMPDIR", "");
+    EXPECT_EQ(gen_get_temp_path(), "/tmp");
+  }
+  EnvGuard set("TMPDIR", "/var/scratch dir");
+  EXPECT_EQ(gen_get_temp_path(), "/var/scratch dir");
+}
+
+TEST_F(HostTest, ProfileDirectoryAndProcessKindComeFromTheEnvironment) {
+  EnvGuard home("HOME", "/home/\xc3\xa9mile");
+  EXPECT_EQ(gen_get_user_profile_directory(), "/home/\xc3\xa9mile");
+  EXPECT_FALSE(gen_get_is_qt());
+  for (const char* value : {"1", "0", " 1", ""}) {
+    EnvGuard qt("KORVEL_QT_PROCESS", value);
+    EXPECT_EQ(gen_get_is_qt(), std::string(value) == "1") << value;
+  }
+}
+
+TEST_F(HostTest, EmptyStringAndComparisonTreatNullPointers) {
+  EXPECT_TRUE(gen_is_empty_string(nullptr));
+  EXPECT_TRUE(gen_is_empty_string(""));
+  EXPECT_FALSE(gen_is_empty_string(" "));
+  EXPECT_FALSE(gen_is_empty_string("General"));
+
+  EXPECT_EQ(gen_strcmp(nullptr, nullptr), 0);
+  EXPECT_EQ(gen_strcmp("General", "General"), 0);
+  const std::pair<const char*, const char*> different[] = {
+      {nullptr, ""}, {nullptr, "a"}, {"a", "b"}, {"a", "ab"}, {"General", "general"}};
+  for (const auto& [a, b] : different) {
+    SCOPED_TRACE(std::string(a ? a : "null") + " / " + (b ? b : "null"));
+    EXPECT_NE(gen_strcmp(a, b), 0);
+    // The order is consistent both ways round.
+    EXPECT_EQ(gen_strcmp(a, b) < 0, gen_strcmp(b, a) > 0);
+  }
+}
+
+TEST_F(HostTest, TemporaryFilesAreNewPrivateAndUnique) {
+  const mode_t old_mask = ::umask(0277);  // the file must be usable by its owner whatever the mask
+  std::set<std::string> paths;
+  for (int i = 0; i < 50; ++i) {
+    const std::string made = gen_create_temp_file(dir(), "CFGQ");
+    ASSERT_FALSE(made.empty());
+    EXPECT_TRUE(paths.insert(made).second) << "repeated " << made;
+    const QFileInfo info(QString::fromStdString(made));
+    EXPECT_EQ(info.absolutePath(), QString::fromStdString(dir()));
+    EXPECT_TRUE(info.fileName().startsWith("CFGQ")) << made;
+    struct stat st {};
+    ASSERT_EQ(::lstat(made.c_str(), &st), 0);
+    EXPECT_TRUE(S_ISREG(st.st_mode)) << made;
+    EXPECT_EQ(st.st_mode & 07777, static_cast<mode_t>(0600)) << made;
+    EXPECT_EQ(st.st_size, 0);
+  }
+  ::umask(old_mask);
+  // A directory given with its trailing separator gives the same kind of path.
+  const std::string made = gen_create_temp_file(dir() + "/", "pre");
+  EXPECT_EQ(QFileInfo(QString::fromStdString(made)).absolutePath(), QString::fromStdString(dir()));
+}
+
+TEST_F(HostTest, TemporaryFileNeverReusesAPlantedName) {
+  // Names a careless implementation might pick, planted as links and files.
+  const QString victim = path("victim");
+  ASSERT_TRUE(write_file(victim, "keep"));
+  const std::string pid = std::to_string(::getpid());
+  const std::vector<std::string> names = {"CFGQ",        "CFGQ000000", "CFGQXXXXXX", "CFGQ" + pid,
+                                          "CFGQ_" + pid, "CFGQ0",      "CFGQ1",      "CFGQ.tmp"};
+  for (const std::string& name : names) {
+    ASSERT_EQ(::symlink(victim.toStdString().c_str(), (dir() + "/" + name).c_str()), 0) << name;
+    ASSERT_TRUE(write_file(path(QString::fromStdString(name) + "_file"), "planted"));
+  }
+  for (int i = 0; i < 20; ++i) {
+    const std::string made = gen_create_temp_file(dir(), "CFGQ");
+    ASSERT_FALSE(made.empty());
+    struct stat st {};
+    ASSERT_EQ(::lstat(made.c_str(), &st), 0);
+    EXPECT_TRUE(S_ISREG(st.st_mode)) << made << " is not a new regular file";
+    EXPECT_EQ(st.st_size, 0) << made;
+  }
+  EXPECT_EQ(read_file(victim), "keep");
+  EXPECT_EQ(read_file(path("CFGQ_file")), "planted");
+}
+
+TEST_F(HostTest, TemporaryFileInAMissingDirectoryFailsCleanly) {
+  EXPECT_EQ(gen_create_temp_file(dir() + "/missing", "CFGQ"), "");
+  EXPECT_FALSE(QFile::exists(path("missing")));
+  EXPECT_EQ(gen_create_temp_file(dir() + "/not/there/either", "CFGQ"), "");
+}
+
+// ---- File system -------------------------------------------------------------------------------
+
+TEST_F(HostTest, RenameReplacesTheTargetAndRemoveToleratesAbsentFiles) {
+  ASSERT_TRUE(write_file(path("a"), "new"));
+  ASSERT_TRUE(write_file(path("a.large"), "old"));
+  EXPECT_TRUE(FIO_FILE_SYSTEM::rename(path("a").toStdString(), path("a.large").toStdString()));
+  EXPECT_FALSE(QFile::exists(path("a")));
+  EXPECT_EQ(read_file(path("a.large")), "new");
+
+  // A missing source leaves the target alone.
+  EXPECT_FALSE(FIO_FILE_SYSTEM::rename(path("a").toStdString(), path("a.large").toStdString()));
+  EXPECT_EQ(read_file(path("a.large")), "new");
+  EXPECT_FALSE(FIO_FILE_SYSTEM::rename("", path("a.large").toStdString()));
+
+  EXPECT_TRUE(FIO_FILE_SYSTEM::remove_if_exists(path("a.large").toStdString()));
+  EXPECT_FALSE(QFile::exists(path("a.large")));
+  EXPECT_TRUE(FIO_FILE_SYSTEM::remove_if_exists(path("a.large").toStdString()));
+  EXPECT_FALSE(FIO_FILE_SYSTEM::remove_if_exists(""));
+
+  // A link is removed, never what it points to.
+  ASSERT_TRUE(write_file(path("target"), "keep"));
+  ASSERT_EQ(::symlink(path("target").toStdString().c_str(), path("link").toStdString().c_str()), 0);
+  EXPECT_TRUE(FIO_FILE_SYSTEM::remove_if_exists(path("link").toStdString()));
+  EXPECT_FALSE(QFileInfo(path("link")).isSymLink());
+  EXPECT_EQ(read_file(path("target")), "keep");
+}
+
+TEST_F(HostTest, PathsAreUtf8) {
+  const QString from = path(QString::fromUtf8("s\xc3\xa9lection"));
+  const QString to = path(QString::fromUtf8("s\xc3\xa9lection.corrupt"));
+  ASSERT_TRUE(write_file(from, "x"));
+  EXPECT_TRUE(FIO_FILE_SYSTEM::rename(from.toStdString(), to.toStdString()));
+  EXPECT_TRUE(QFile::exists(to));
+  EXPECT_TRUE(FIO_FILE_SYSTEM::remove_if_exists(to.toStdString()));
+  EXPECT_FALSE(QFile::exists(to));
+}
+
+// ---- Memory and Qt utilities -------------------------------------------------------------------
+
+TEST_F(HostTest, RawSprintfReplacesTheString) {
+  std::string out = "previous content";
+  MEM_DETAIL::stl_raw_sprintf(&out, "%s-%d-%.2f-%%", "name", 42, 1.5);
+  EXPECT_EQ(out, "name-42-1.50-%");
+  const std::string long_text(100'000, 'y');
+  MEM_DETAIL::stl_raw_sprintf(&out, "<%s>", long_text.c_str());
+  EXPECT_EQ(out, "<" + long_text + ">");
+  MEM_DETAIL::stl_raw_sprintf(&out, "%s", "");
+  EXPECT_EQ(out, "");
+  MEM_DETAIL::stl_raw_sprintf(nullptr, "%d", 1);
+  out = "kept";
+  MEM_DETAIL::stl_raw_sprintf(&out, nullptr);
+  EXPECT_EQ(out, "kept");
+}
+
+TEST_F(HostTest, MemoryInitialisersAreCountedPerModule) {
+  const int before = MEM_INITIALIZER::live_count("HOSTTEST");
+  {
+    const MEM_INITIALIZER first("HOSTTEST");
+    const MEM_INITIALIZER second("HOSTTEST");
+    EXPECT_EQ(MEM_INITIALIZER::live_count("HOSTTEST"), before + 2);
+  }
+  EXPECT_EQ(MEM_INITIALIZER::live_count("HOSTTEST"), before);
+}
+
+TEST_F(HostTest, HashSizeGrowsByHalfAndStaysOdd) {
+  for (const unsigned wanted : {0U, 1U, 2U, 7U, 100U, 1000U, 1U << 20, 1U << 30}) {
+    SCOPED_TRACE(wanted);
+    const unsigned size = qtl_hash_50_percent_increase_size(wanted);
+    EXPECT_GT(size, 0U);
+    EXPECT_EQ(size % 2, 1U);
+    EXPECT_GE(size, wanted + wanted / 2);
+  }
+  // Sizes near the top of the range don't wrap round to a small table.
+  EXPECT_GE(qtl_hash_50_percent_increase_size(~0U), 1U << 30);
+}
+
+// ---- Version -----------------------------------------------------------------------------------
+
+// The version stand-in reads its variables once per process, so every case runs in a child.
+std::vector<std::string> split(const std::string& text) {
+  std::vector<std::string> parts;
+  std::string part;
+  for (const char c : text + ";") {
+    if (c != ';') {
+      part += c;
+    } else if (!part.empty()) {
+      parts.push_back(part);
+      part.clear();
+    }
+  }
+  return parts;
+}
+
+TEST_F(HostTest, VersionListComesFromTheEnvironmentOnce) {
+  struct Row {
+    const char* setting;  // nullptr: unset
+    std::vector<std::string> expected;
+  };
+  const Row rows[] = {
+      {nullptr, split(KORVEL_DEFAULT_VERSIONS)},
+      {"", {}},
+      {"24.3", {"24.3"}},
+      {"24.3;24.1;23.4", {"24.3", "24.1", "23.4"}},
+      {"24.3;;24.1;", {"24.3", "24.1"}},
+      {"25.1;24.3", {"25.1", "24.3"}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.setting ? std::string("KORVEL_VERSIONS=\"") + row.setting + "\"" : "unset");
+    EnvGuard setting("KORVEL_VERSIONS",
+                     row.setting ? std::optional<std::string>(row.setting) : std::nullopt);
+    EXPECT_EXIT(
+        {
+          const bool first = ver_get_all_versions() == row.expected;
+          setenv("KORVEL_VERSIONS", "99.9", 1);
+          std::exit(first && ver_get_all_versions() == row.expected ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+  }
+}
+
+TEST_F(HostTest, RunningVersionComesFromTheEnvironmentOnce) {
+  struct Row {
+    const char* setting;
+    const char* expected;
+  };
+  const Row rows[] = {
+      {nullptr, KORVEL_DEFAULT_VERSION},
+      {"26.2", "26.2"},
+      {"26.2 Lite", "26.2 Lite"},
+      {"", ""},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.setting ? std::string("KORVEL_VERSION=\"") + row.setting + "\"" : "unset");
+    EnvGuard setting("KORVEL_VERSION",
+                     row.setting ? std::optional<std::string>(row.setting) : std::nullopt);
+    EXPECT_EXIT(
+        {
+          const bool first = ver_get_version() == row.expected;
+          setenv("KORVEL_VERSION", "99.9", 1);
+          std::exit(first && ver_get_version() == row.expected ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+  }
+}
+
+}  // namespace
