@@ -243,6 +243,47 @@ TEST(OwnValueLookupTest, AgreesWithTheGroupsKeyListOnNearMisses) {
   }
 }
 
+TEST_F(SettingsCacheTest, GetValueAgreesWithTheGroupsKeyListOnNearMisses) {
+  QFile data(QStringLiteral(CFGQ_TEST_DATA_DIR "/odd_keys.kreg"));
+  ASSERT_TRUE(data.open(QIODevice::ReadOnly));
+  write_profile_file(data.readAll());
+  CFGQ_REGISTRY_KEY root(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr);
+  root.setValue("g/new\\key", 1);
+  for (const char* group : {"", "g", "g/sub", "G"}) {
+    CFGQ_REGISTRY_KEY view(root, group);
+    for (const QString& name : near_miss_names) {
+      SCOPED_TRACE(std::string("group \"") + group + "\", name \"" + name.toStdString() + "\"");
+      const bool listed = view.childKeys().contains(name, Qt::CaseSensitive);
+      QVariant value = QStringLiteral("untouched");
+      EXPECT_EQ(view.get_value(name, &value), listed);
+      EXPECT_EQ(view.get_last_error(), listed ? CFGQ_REGISTRY_KEY::REGISTRY_NO_ERROR
+                                              : CFGQ_REGISTRY_KEY::REGISTRY_VALUE_NOT_FOUND);
+      EXPECT_EQ(value, listed ? view.value(name) : QVariant(QStringLiteral("untouched")));
+    }
+  }
+}
+
+TEST_F(SettingsCacheTest, SetValueRefusesTheSameValuesAsTheirTextFormDictates) {
+  // Bytes count as their UTF-8 text: ten million bytes of two-byte characters are half as long.
+  const QByteArray two_byte_char("\xc3\xa9");
+  const std::vector<std::pair<const char*, QVariant>> values = {
+      {"bytes at the limit", QByteArray(10'000'000, 'a')},
+      {"invalid bytes at the limit", QByteArray(10'000'000, '\xff')},
+      {"two-byte characters", two_byte_char.repeated(5'000'000)},
+      {"text just below", QString(9'999'999, QLatin1Char('a'))},
+      {"number", 42},
+  };
+  CFGQ_REGISTRY_KEY view(CFGQ_REGISTRY_KEY::GENERAL, nullptr, nullptr);
+  for (const auto& [what, value] : values) {
+    SCOPED_TRACE(what);
+    view.set_value("Big", QStringLiteral("old"));
+    view.set_value("Big", value);
+    const bool stored = value.toString().size() < 10'000'000;
+    EXPECT_EQ(view.value("Big"), stored ? value : QVariant(QStringLiteral("old")));
+  }
+  view.remove("Big");  // keeps the file small for the views after this one
+}
+
 // ---- Measuring a value's text ----------------------------------------------------------------
 
 TEST(TextLengthTest, AgreesWithTheTextFormAtTheLimit) {
