@@ -1,0 +1,81 @@
+# Shared by the gui_settings test files: the package, a fresh HOME per test, stdout capture and
+# an independent reader of the settings file.
+package require tcltest 2.5
+namespace import -force ::tcltest::*
+package require ::korvel::gui_settings
+
+# The settings go to <HOME>/korvel2.kreg under the main key 25.1_pro: no isolated run, no
+# 64-bit split. The version is read once per process, so it is fixed for the whole file.
+foreach name {KORVEL_REGTEST QT_QPA_PLATFORM PBUILD_BUILD KORVEL_CONFIG_ON KORVEL_DEBUG} {
+    unset -nocomplain ::env($name)
+}
+if {![info exists ::env(KORVEL_VERSION)] || $::env(KORVEL_VERSION) ne "25.1"} {
+    error "the gui_settings tests expect KORVEL_VERSION=25.1"
+}
+
+# A new, empty HOME for each test: a new name every time, so no state kept for an earlier
+# test's file can be mistaken for this one's.
+variable ::home_serial 0
+variable ::saved_home ""
+proc use_fresh_home {} {
+    set ::saved_home [expr {[info exists ::env(HOME)] ? $::env(HOME) : ""}]
+    set ::env(HOME) [makeDirectory home[incr ::home_serial]]
+}
+proc restore_home {} {
+    removeDirectory home$::home_serial
+    set ::env(HOME) $::saved_home
+}
+
+proc settings_file {} { file join $::env(HOME) korvel2.kreg }
+
+# Writes a settings file by hand, as another program of the suite would leave it.
+proc write_settings_file {text} {
+    set channel [open [settings_file] w]
+    puts -nonewline $channel $text
+    close $channel
+}
+
+# The value stored at `path` ("25.1_pro/General/Show_tips") read straight from the file, whether
+# the file writes a nested group as a section ([25.1_pro/General]) or as a key prefix
+# (General\Show_tips under [25.1_pro]); "<absent>" when there is none.
+proc file_value {path} {
+    if {![file exists [settings_file]]} { return <absent> }
+    set channel [open [settings_file] r]
+    set lines [split [read $channel] \n]
+    close $channel
+    set section ""
+    set found <absent>
+    foreach line $lines {
+        if {[regexp {^\[(.*)\]\s*$} $line -> section]} { continue }
+        if {![regexp {^([^=]*?)\s*=\s?(.*)$} $line -> key value]} { continue }
+        set full [string map {\\ /} [expr {$section eq "" ? $key : "$section/$key"}]]
+        if {[regexp {^"(.*)"$} $value -> inner]} { set value $inner }
+        if {$full eq $path} { set found $value }
+    }
+    return $found
+}
+
+# Runs `script` in the caller's scope with the interpreter's stdout captured.
+# Returns {code result output}.
+namespace eval capture {
+    variable text ""
+    proc initialize {handle mode} { return {initialize finalize write} }
+    proc finalize {handle} {}
+    proc write {handle data} {
+        variable text
+        append text $data
+        return ""
+    }
+    namespace export initialize finalize write
+    namespace ensemble create
+}
+proc output_of {script} {
+    set ::capture::text ""
+    set encoding [chan configure stdout -encoding]
+    chan configure stdout -encoding utf-8
+    chan push stdout ::capture
+    set code [catch {uplevel 1 $script} result]
+    chan pop stdout
+    chan configure stdout -encoding $encoding
+    return [list $code $result [encoding convertfrom utf-8 $::capture::text]]
+}
