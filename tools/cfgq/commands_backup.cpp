@@ -1,0 +1,191 @@
+// Commands that back up and restore settings as JSON: export, import.
+#include <cstdio>
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonParseError>
+#include <QSaveFile>
+
+#include "cli.h"
+#include "export_format.h"
+
+namespace cli {
+namespace {
+
+const QString stdio_name = QStringLiteral("-");
+
+void add_export_options(QCommandLineParser& parser) {
+  parser.addOption({{QStringLiteral("o"), QStringLiteral("output")},
+                    QStringLiteral("Write to FILE (atomically) instead of standard output."),
+                    QStringLiteral("FILE")});
+  add_main_key_option(parser);
+}
+
+int run_export(const invocation& call) {
+  std::optional<QString> section;
+  if (!call.args.isEmpty()) {
+    QString why;
+    section = resolve_section(call.args.at(0), &why);
+    if (!section) return fail(call.command, why, exit_usage);
+  }
+  const QString main_key = chosen_main_key(call);
+  auto view = open_view(main_key, section.value_or(QString()));
+  QJsonObject document{{QStringLiteral("cfgq_export"), export_format_version},
+                       {QStringLiteral("main_key"), main_key},
+                       {QStringLiteral("settings"), group_to_json(*view)}};
+  if (section) document.insert(QStringLiteral("section"), *section);
+  const QByteArray json = QJsonDocument(document).toJson(QJsonDocument::Indented);
+  if (view->allKeys().isEmpty()) {
+    note(QStringLiteral("note: %1 holds no settings; the export is empty")
+             .arg(section ? main_key + QLatin1Char('/') + *section : main_key));
+  }
+
+  const QString output = call.options.value(QStringLiteral("output"));
+  if (output.isEmpty() || output == stdio_name) {
+    print_bytes(json);
+    return exit_ok;
+  }
+  QSaveFile file(output);
+  if (!file.open(QIODevice::WriteOnly) || file.write(json) != json.size() || !file.commit()) {
+    return fail(QStringLiteral("export %1").arg(output), file.errorString(), exit_failed);
+  }
+  return exit_ok;
+}
+
+bool read_input(const QString& name, QByteArray* bytes, QString* why) {
+  QFile file;
+  const bool opened = name == stdio_name ? file.open(stdin, QIODevice::ReadOnly)
+                                         : (file.setFileName(name), file.open(QIODevice::ReadOnly));
+  if (!opened) {
+    *why = file.errorString();
+    return false;
+  }
+  *bytes = file.readAll();
+  return true;
+}
+
+// The object `path` (levels joined by "/") names inside a settings object; null when absent.
+std::optional<QJsonObject> subgroup_of(QJsonObject group, const QString& path) {
+  for (const QString& level : path.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+    const QString member = level.startsWith(QLatin1Char('@')) ? QLatin1Char('@') + level : level;
+    const QJsonValue inner = group.value(member);
+    if (!inner.isObject()) return std::nullopt;
+    group = inner.toObject();
+  }
+  return group;
+}
+
+QString listed(const QStringList& names) {
+  constexpr int most_listed = 20;
+  QString text = names.mid(0, most_listed).join(QStringLiteral(", "));
+  if (names.size() > most_listed) text += QStringLiteral(" and %1 more").arg(names.size() - most_listed);
+  return text;
+}
+
+int run_import(const invocation& call) {
+  const QString name = call.args.at(0);
+  const QString what = QStringLiteral("import %1").arg(name);
+  std::optional<QString> section;
+  if (call.args.size() > 1) {
+    QString why;
+    section = resolve_section(call.args.at(1), &why);
+    if (!section) return fail(what, why, exit_usage);
+  }
+
+  QByteArray bytes;
+  QString why;
+  if (!read_input(name, &bytes, &why)) return fail(what, why, exit_failed);
+  QJsonParseError error;
+  const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
+  if (error.error != QJsonParseError::NoError) {
+    return fail(what, QStringLiteral("not valid JSON: %1 at offset %2").arg(error.errorString()).arg(error.offset),
+                exit_usage);
+  }
+  const QJsonObject top = document.object();
+  if (!document.isObject() || top.value(QStringLiteral("cfgq_export")).toInt(-1) != export_format_version ||
+      !top.value(QStringLiteral("settings")).isObject()) {
+    return fail(what,
+                QStringLiteral("not a cfgq export (expected {\"cfgq_export\": 1, \"settings\": {...}})"),
+                exit_usage);
+  }
+  const QJsonValue exported_section = top.value(QStringLiteral("section"));
+  if (!exported_section.isUndefined() &&
+      (!exported_section.isString() || !resolve_section(exported_section.toString(), &why))) {
+    return fail(what, QStringLiteral("\"section\" must name a section"), exit_usage);
+  }
+
+  // A section export goes back to its own section, or to SECTION; of a whole main key's export,
+  // SECTION picks that section.
+  QJsonObject settings = top.value(QStringLiteral("settings")).toObject();
+  QString target;
+  if (exported_section.isString()) {
+    target = section.value_or(*resolve_section(exported_section.toString(), &why));
+  } else if (section) {
+    const std::optional<QJsonObject> picked = subgroup_of(settings, *section);
+    if (!picked) return fail(what, QStringLiteral("holds no section '%1'").arg(*section), exit_absent);
+    settings = *picked;
+    target = *section;
+  }
+
+  QList<settings_entry> entries;
+  if (!group_from_json(settings, &entries, &why)) return fail(what, why, exit_usage);
+
+  const QString main_key = chosen_main_key(call);
+  auto view = open_view(main_key, target);
+  const QString cannot = unwritable_reason(view->fileName());
+  if (!cannot.isEmpty()) {
+    return fail(what, QStringLiteral("%1: %2").arg(view->fileName(), cannot), exit_failed);
+  }
+  qsizetype written = 0;
+  QStringList refused;
+  for (const settings_entry& entry : entries) {
+    // The library keeps the old value of one it refuses; say which ones those were.
+    if (entry.value.toString().size() >= max_value_utf16_units) {
+      refused.append(entry.path);
+      continue;
+    }
+    view->set_value(entry.path, entry.value);
+    ++written;
+  }
+  const QString place = target.isEmpty() ? main_key : main_key + QLatin1Char('/') + target;
+  print(QStringLiteral("Imported into %1: %2 written, %3 refused.\n")
+            .arg(place, count_of(written, "value", "values"))
+            .arg(refused.size()));
+  if (!refused.isEmpty()) {
+    print(QStringLiteral("Refused (text form of 10,000,000 or more UTF-16 code units; the old "
+                         "value stays): %1\n")
+              .arg(listed(refused)));
+  }
+  return exit_ok;
+}
+
+}  // namespace
+
+std::vector<command> backup_commands() {
+  return {
+      {"export", "[SECTION]", 0, 1, "back up the settings (or one section) as JSON",
+       "Writes the running version's settings (or one SECTION of them) as JSON:\n"
+       "  {\"cfgq_export\": 1, \"main_key\": \"25.1_pro\", \"section\": \"General\",\n"
+       "   \"settings\": {\"Show_tips\": \"Yes\", \"Width\": 640, \"Docked\": true,\n"
+       "                \"Recent\": [\"a.kpf\", \"b.kpf\"], \"State\": {\"@bytes\": \"AAH/\"},\n"
+       "                \"Size\": {\"@variant\": \"...\"}, \"Dialogs\": {\"Find\": {\"Width\": 300}},\n"
+       "                \"Cleared_list\": null}}\n"
+       "(\"section\" only in a section's export.) Groups are objects. Text is a string, except\n"
+       "that text Qt writes for an integer, a fractional double or a boolean is a JSON number or\n"
+       "boolean (import writes back the same text); string lists are arrays; byte arrays are\n"
+       "{\"@bytes\": base64}; other typed values are {\"@variant\": base64 of their QDataStream\n"
+       "form}; an empty list reads back as null. A member name beginning with \"@\" gets one more\n"
+       "\"@\"; \"@value\" inside a group holds a key of the same name as that group.",
+       add_export_options, run_export},
+      {"import", "FILE [SECTION]", 1, 2, "restore settings from a JSON export (merging)",
+       "Merges an export (FILE, or - for standard input) into the running version's settings:\n"
+       "values in the file are written, values not in it stay. A section's export goes back to\n"
+       "its section, or to SECTION when given; from a whole main key's export, SECTION picks one\n"
+       "section. Reports how many values were written and which ones the size limit refused\n"
+       "(text form of 10,000,000 or more UTF-16 code units). Nothing is written when the file is\n"
+       "not valid JSON or not an export (exit status 2).",
+       add_main_key_option, run_import},
+  };
+}
+
+}  // namespace cli

@@ -1,0 +1,270 @@
+// The recover command: lists the copies of the settings file that were set aside, and merges
+// the running version's values from one of them back into the live file.
+#include <QDataStream>
+#include <QDateTime>
+#include <QFileInfo>
+#include <QSet>
+#include <QSettings>
+
+#include "cli.h"
+
+namespace cli {
+namespace {
+
+// Suffixes of set-aside copies: too large to open, failed to load, read with format errors.
+const char* const set_aside_suffixes[] = {".large", ".corrupt", ".format-error"};
+
+// What a raw settings object finds in a set-aside copy. It is not the live file, so the view's
+// size check and recovery don't apply; a copy that makes QSettings throw is reported unreadable.
+struct copy_contents {
+  bool readable = false;
+  QStringList main_keys;
+};
+
+copy_contents contents_of(const QString& path) {
+  copy_contents contents;
+  try {
+    QSettings raw(path, QSettings::IniFormat);
+    contents.main_keys = raw.childGroups();
+    contents.readable = true;
+  } catch (...) {
+    contents.readable = false;
+  }
+  return contents;
+}
+
+QString bytes_text(qint64 bytes) {
+  return QLocale(QLocale::English).toString(bytes) + QStringLiteral(" bytes");
+}
+
+// ---- Written size of a value --------------------------------------------------------------
+// An upper bound of the bytes QSettings writes for one "key=value" line of an INI file, so that
+// a merge can stop before the file crosses max_file_bytes.
+
+qint64 escaped_key_bytes(const QString& key) {
+  qint64 bytes = 0;
+  for (const QChar c : key) {
+    const char16_t u = c.unicode();
+    const bool plain = (u >= 'a' && u <= 'z') || (u >= 'A' && u <= 'Z') || (u >= '0' && u <= '9') ||
+                       u == '_' || u == '-' || u == '.' || u == '/';
+    // Anything else is percent-encoded, three bytes per UTF-8 byte (at most three per unit).
+    bytes += plain ? 1 : 9;
+  }
+  return bytes;
+}
+
+qint64 escaped_text_bytes(const QString& text) {
+  qint64 bytes = 2;  // quotes around text with blanks at either end, commas or semicolons
+  bool after_hex_escape = false;
+  for (const QChar c : text) {
+    const char16_t u = c.unicode();
+    const bool hex_digit = (u >= '0' && u <= '9') || (u >= 'a' && u <= 'f') || (u >= 'A' && u <= 'F');
+    if (u == '"' || u == '\\') {
+      bytes += 2;
+    } else if (u < 0x20 || u == 0x7f) {
+      bytes += 6;  // "\n" or a hexadecimal escape
+    } else if (after_hex_escape && hex_digit) {
+      bytes += 6;  // a hex digit right after "\x.." is escaped too
+      continue;
+    } else if (u < 0x80) {
+      bytes += 1;
+    } else {
+      bytes += 3;  // UTF-8: at most three bytes per UTF-16 code unit
+    }
+    after_hex_escape = u < 0x20 || u == 0x7f;
+  }
+  return bytes;
+}
+
+qint64 escaped_value_bytes(const QVariant& value) {
+  switch (value.metaType().id()) {
+    case QMetaType::UnknownType:
+      return 12;  // @Invalid()
+    case QMetaType::QString:
+      return escaped_text_bytes(value.toString()) + 1;  // a leading "@" is doubled
+    case QMetaType::QStringList: {
+      qint64 bytes = 12;
+      for (const QString& item : value.toStringList()) bytes += escaped_text_bytes(item) + 2;
+      return bytes;
+    }
+    case QMetaType::QByteArray:
+      return 4 * value.toByteArray().size() + 14;  // @ByteArray(), at most "\xhh" per byte
+    default: {
+      QByteArray data;
+      QDataStream stream(&data, QIODevice::WriteOnly);
+      stream << value;
+      return 4 * data.size() + 14;  // @Variant() or @Size() and similar
+    }
+  }
+}
+
+// Bytes of the line "key=value\n" below `main_key` (its "[main key]" header counted apart).
+qint64 line_bytes(const QString& path_in_main_key, const QVariant& value) {
+  return escaped_key_bytes(path_in_main_key) + 1 + escaped_value_bytes(value) + 1;
+}
+
+// An upper bound of the live file's size once QSettings has written it again.
+qint64 written_size(CFGQ_REGISTRY_KEY& root, const QString& file_path) {
+  qint64 bytes = 0;
+  for (const QString& key : root.allKeys()) {
+    // A top-level group is an INI section: its keys are written without its name.
+    const bool in_group = key.contains(QLatin1Char('/'));
+    bytes += line_bytes(in_group ? key.section(QLatin1Char('/'), 1) : key, root.value(key));
+  }
+  for (const QString& group : root.childGroups()) bytes += escaped_key_bytes(group) + 4;
+  return std::max(bytes + 12, QFileInfo(file_path).size());  // 12: a "[General]" header
+}
+
+QString listed(const QStringList& names) {
+  constexpr int most_listed = 20;
+  QString text = names.mid(0, most_listed).join(QStringLiteral(", "));
+  if (names.size() > most_listed) text += QStringLiteral(" and %1 more").arg(names.size() - most_listed);
+  return text;
+}
+
+int list_copies(const QString& live, const QString& main_key) {
+  bool any = false;
+  for (const char* suffix : set_aside_suffixes) {
+    const QFileInfo copy(live + QLatin1String(suffix));
+    if (!copy.exists()) continue;
+    if (!any) print(QStringLiteral("Set-aside copies of %1:\n").arg(live));
+    any = true;
+    const copy_contents contents = contents_of(copy.filePath());
+    print(QStringLiteral("  %1\n    %2, %3\n")
+              .arg(copy.filePath(), bytes_text(copy.size()),
+                   copy.lastModified().toString(QStringLiteral("yyyy-MM-dd HH:mm"))));
+    if (!contents.readable) {
+      print(QStringLiteral("    unreadable\n"));
+    } else if (contents.main_keys.isEmpty()) {
+      print(QStringLiteral("    holds no settings\n"));
+    } else {
+      QStringList shown;
+      for (const QString& key : contents.main_keys) {
+        shown.append(key == main_key ? key + QStringLiteral(" (running version)") : key);
+      }
+      print(QStringLiteral("    main keys: %1\n").arg(shown.join(QStringLiteral(", "))));
+    }
+  }
+  if (!any) {
+    print(QStringLiteral("No set-aside copies beside %1 (none ending in .large, .corrupt or "
+                         ".format-error).\n")
+              .arg(live));
+  }
+  return exit_ok;
+}
+
+// The copy a --merge argument names: a path, or a kind ("large", ".corrupt", ...).
+QString copy_named(const QString& argument, const QString& live) {
+  for (const char* suffix : set_aside_suffixes) {
+    const QString kind = QLatin1String(suffix);
+    if (argument == kind || argument == kind.mid(1)) return live + kind;
+  }
+  return argument;
+}
+
+int merge_copy(const QString& argument, const QString& main_key) {
+  const QString live = settings_file_path();
+  const QString source_path = copy_named(argument, live);
+  const QString what = QStringLiteral("recover --merge %1").arg(source_path);
+  const QFileInfo source(source_path);
+  if (!source.isFile()) return fail(what, QStringLiteral("no such file"), exit_usage);
+  if (source.canonicalFilePath() == QFileInfo(live).canonicalFilePath()) {
+    return fail(what, QStringLiteral("this is the live settings file"), exit_usage);
+  }
+  const QString cannot = unwritable_reason(live);
+  if (!cannot.isEmpty()) return fail(what, QStringLiteral("%1: %2").arg(live, cannot), exit_failed);
+
+  std::unique_ptr<QSettings> raw;
+  try {
+    raw = std::make_unique<QSettings>(source_path, QSettings::IniFormat);
+  } catch (...) {
+    return fail(what, QStringLiteral("the file can't be read"), exit_failed);
+  }
+  raw->beginGroup(main_key);
+  QStringList keys = raw->allKeys();
+  if (keys.isEmpty()) {
+    return fail(what, QStringLiteral("holds no settings for %1").arg(main_key), exit_absent);
+  }
+  keys.sort();
+
+  auto root = std::make_unique<CFGQ_REGISTRY_KEY>(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr);
+  qint64 size = written_size(*root, live);
+  if (!root->childGroups().contains(main_key)) size += escaped_key_bytes(main_key) + 4;
+  root->beginGroup(main_key);
+
+  QStringList restored, kept, refused, left_out;
+  for (const QString& key : keys) {
+    if (root->contains(key)) {
+      // Written after the copy was set aside, so newer: the live value stays.
+      kept.append(key);
+      continue;
+    }
+    const QVariant value = raw->value(key);
+    if (value.toString().size() >= max_value_utf16_units) {
+      refused.append(key);
+      continue;
+    }
+    const qint64 bytes = line_bytes(key, value);
+    if (size + bytes > max_file_bytes) {
+      left_out.append(key);
+      continue;
+    }
+    root->set_value(key, value);
+    size += bytes;
+    restored.append(key);
+  }
+
+  print(QStringLiteral("Merged %1 of %2 into %3:\n").arg(main_key, source_path, live));
+  print(QStringLiteral("  restored: %1\n").arg(count_of(restored.size(), "value", "values")));
+  if (!kept.isEmpty()) {
+    print(QStringLiteral("  kept the live value (already set): %1\n").arg(listed(kept)));
+  }
+  if (!refused.isEmpty()) {
+    print(QStringLiteral("  not restored, too large to store (10,000,000 or more UTF-16 code "
+                         "units): %1\n")
+              .arg(listed(refused)));
+  }
+  if (!left_out.isEmpty()) {
+    print(QStringLiteral("  not restored, the settings file would grow past %1: %2\n")
+              .arg(bytes_text(max_file_bytes), listed(left_out)));
+  }
+  if (restored.size() == keys.size()) {
+    print(QStringLiteral("Everything came back; %1 can be deleted.\n").arg(source_path));
+  }
+  return exit_ok;
+}
+
+void add_recover_options(QCommandLineParser& parser) {
+  parser.addOption({QStringLiteral("merge"),
+                    QStringLiteral("Bring the running version's values back from FILE: a path, or "
+                                   "large, corrupt or format-error for the copy beside the file."),
+                    QStringLiteral("FILE")});
+  add_main_key_option(parser);
+}
+
+int run_recover(const invocation& call) {
+  const QString main_key = chosen_main_key(call);
+  if (call.options.isSet(QStringLiteral("merge"))) {
+    return merge_copy(call.options.value(QStringLiteral("merge")), main_key);
+  }
+  return list_copies(settings_file_path(), main_key);
+}
+
+}  // namespace
+
+std::vector<command> recover_commands() {
+  return {
+      {"recover", "", 0, 0, "list set-aside copies; --merge one back",
+       "Lists the copies set aside beside the settings file: \".large\" (the file had grown past\n"
+       "10,000,000 bytes), \".corrupt\" (it failed to load) and \".format-error\" (kept after a\n"
+       "read with format errors), with their size and main keys.\n"
+       "With --merge FILE, brings the running version's values from that copy into the live file:\n"
+       "values the live file already holds keep their (newer) live value; values the size limit\n"
+       "refuses are skipped; and values that would make the live file grow past 10,000,000 bytes\n"
+       "are left out (each value's written size is estimated before it is added). The report\n"
+       "names what came back and what did not.",
+       add_recover_options, run_recover},
+  };
+}
+
+}  // namespace cli
