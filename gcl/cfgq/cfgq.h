@@ -272,7 +272,10 @@ class CFGQ_EXPORT CFGQ_REGISTRY {
 // the list the variable holds (items between `separator`s; empty means ";"). Returns false, and
 // changes nothing, when the chosen store's list already holds `env_value` (ignoring case).
 // On true, `scope` is "user" or "system" and, with `update_process`, the running process's
-// environment is set too.
+// environment is set too. A store that doesn't take the write (no rights, or a name or value it
+// can't hold, such as a NUL) is not an error: the result is still true, the store is as it was,
+// and the reason goes to the debug channel "CFGQ" at level 2. Outside Windows an empty value
+// removes the variable from the store.
 CFGQ_EXPORT bool cfgq_setenv(const QString& env_name, const QString& env_value, QString& scope,
                              bool append, QString separator, bool update_process);
 
