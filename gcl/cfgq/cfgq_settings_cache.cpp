@@ -126,12 +126,25 @@ bool cfgq_find_own_value(const QSettings& settings, const QString& name, QVarian
     return true;
   }
   // Only the group's own keys count. Qt's lookups would drop a leading, trailing or doubled "/"
-  // and reach into subgroups, while no own key holds a "/".
+  // and reach into subgroups, while no own key holds a "/". A backslash needs nothing: in memory
+  // it is an ordinary character, for the lookup and the key list alike (only the file's reader
+  // turns "\" into "/").
   if (name.contains(QLatin1Char('/'))) return false;
-  // A backslash needs nothing here: in memory it is an ordinary character of the key, for the
-  // lookup and for the key list alike (only the file's reader turns "\" into "/").
-  QVariant value = settings.value(name, QVariant::fromValue(missing_value{}));
-  if (value.metaType() == QMetaType::fromType<missing_value>()) return false;
+  const QVariant missing = QVariant::fromValue(missing_value{});
+  QVariant value = settings.value(name, missing);
+  if (value.metaType() == missing.metaType()) {
+    // Qt parses a file's sections when first asked, and a lookup parses the section that best
+    // matches the key, while the key list parses the one that matches the group. They differ
+    // only when a hand-written section is named after a subgroup ("[g/a]" beside "[g]"), and
+    // then the group's own section may still be unread. A name that ends just after the group's
+    // path ("g/" and a NUL) makes the lookup parse the group's section; then ask once more.
+    // (A hit needs no such care: the section a lookup parses never holds an own key of the
+    // group unless it is the group's section. Only a key written twice, in the group's section
+    // and in a section named after a subgroup, may read its other copy.)
+    settings.contains(QString(QChar(0)));
+    value = settings.value(name, missing);
+    if (value.metaType() == missing.metaType()) return false;
+  }
   if (qt_ini_keys_ignore_case && !settings.childKeys().contains(name, Qt::CaseSensitive)) {
     return false;
   }

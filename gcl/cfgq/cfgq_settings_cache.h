@@ -27,8 +27,9 @@ constexpr int max_kept_settings_files = 4;
 
 // True when `settings`, standing in its current group, holds the own (direct) key `name`, whose
 // value then goes to *found. Agrees exactly with settings.childKeys().contains(name): case-
-// sensitive, a name with "/" never matches. *found is untouched on a miss. One map lookup
-// (two where Qt's INI keys ignore case and the name is there), instead of listing the group.
+// sensitive, a name with "/" never matches. *found is untouched on a miss. One map lookup for a
+// name that is there, three for one that is not, instead of listing the group (where Qt's INI
+// keys ignore case, a name that is there is checked against the list).
 bool cfgq_find_own_value(const QSettings& settings, const QString& name, QVariant* found);
 
 // True when value.toString() has `limit` or more UTF-16 code units; its length then goes to
