@@ -325,8 +325,15 @@ TEST_F(SetenvTest, RefusedWriteStillReportsDoneAndTellsTheDebugChannel) {
 TEST_F(SetenvTest, UnwritableStoreLeavesItsFile) {
   // Works as root too: no permission can make a directory a file.
   ASSERT_TRUE(QDir().mkpath(location(store::user)));
+  EnvGuard debug("KORVEL_DEBUG", "CFGQ");
   QString scope;
+  testing::internal::CaptureStderr();
   EXPECT_TRUE(cfgq_setenv("A", "v", scope, false, ";", false));
+  const std::string printed = testing::internal::GetCapturedStderr();
+  EXPECT_NE(printed.find("CFGQ: cfgq_setenv: A could not be written to " +
+                         location(store::user).toStdString() + ": "),
+            std::string::npos)
+      << printed;
   EXPECT_EQ(scope, "user");
   EXPECT_TRUE(QFileInfo(location(store::user)).isDir());
   EXPECT_EQ(announcements, 1);

@@ -35,7 +35,7 @@ enum class write_outcome {
 
 struct write_result {
   write_outcome outcome;
-  QString reason;  // why, for refused and failed, naming the path where there is one
+  QString reason;  // why, for refused and failed (the system's reason where there is one)
 };
 
 // Sets variable `name` to `text` in the store at `location`, keeping everything else the store

@@ -275,6 +275,17 @@ QByteArray lookup(const parsed_file& file, const QByteArray& name) {
   return QByteArray();
 }
 
+// Every variable of the file except `name`, in name order.
+std::vector<std::pair<QByteArray, QByteArray>> others(const parsed_file& file,
+                                                     const QByteArray& name) {
+  std::vector<std::pair<QByteArray, QByteArray>> result = variables(file);
+  result.erase(std::remove_if(result.begin(), result.end(),
+                              [&](const auto& entry) { return entry.first == name; }),
+               result.end());
+  std::sort(result.begin(), result.end());
+  return result;
+}
+
 // NAME="..." for the generator: it expands "$" even inside double quotes, so "$" is doubled
 // rather than escaped.
 QByteArray assignment_line(const QByteArray& name, const QByteArray& utf8_value) {
@@ -337,8 +348,8 @@ cfgq_env::write_result refused(const QString& reason) {
   return {cfgq_env::write_outcome::refused, reason};
 }
 
-cfgq_env::write_result failed(const QString& path, const QString& why) {
-  return {cfgq_env::write_outcome::failed, path + QStringLiteral(": ") + why};
+cfgq_env::write_result failed(const QString& why) {
+  return {cfgq_env::write_outcome::failed, why};
 }
 
 }  // namespace
@@ -380,7 +391,7 @@ write_result store_write(const QString& location, const QString& name, const QSt
   QByteArray old_bytes;
   QFile old_file(location);
   if (old_file.exists()) {
-    if (!old_file.open(QIODevice::ReadOnly)) return failed(location, old_file.errorString());
+    if (!old_file.open(QIODevice::ReadOnly)) return failed(old_file.errorString());
     old_bytes = old_file.readAll();
     old_file.close();
   }
@@ -391,35 +402,26 @@ write_result store_write(const QString& location, const QString& name, const QSt
       edited(old_bytes, old_parsed, name_bytes, text.isEmpty() ? nullptr : &line);
   if (new_bytes == old_bytes) return {write_outcome::written, QString()};
 
-  // What the generator will see must be exactly the old variables with this one changed.
-  auto expected = variables(old_parsed);
-  std::vector<std::pair<QByteArray, QByteArray>> wanted;
-  for (const auto& entry : expected) {
-    if (entry.first != name_bytes) wanted.push_back(entry);
-  }
-  std::vector<std::pair<QByteArray, QByteArray>> got;
-  for (const auto& entry : variables(parse(new_bytes))) {
-    if (entry.first != name_bytes) got.push_back(entry);
-  }
-  std::sort(wanted.begin(), wanted.end());
-  std::sort(got.begin(), got.end());
-  if (got != wanted || lookup(parse(new_bytes), name_bytes) != value) {
+  // A last check that the edit reads back as meant, whatever odd text the file held.
+  const parsed_file new_parsed = parse(new_bytes);
+  if (others(old_parsed, name_bytes) != others(new_parsed, name_bytes) ||
+      lookup(new_parsed, name_bytes) != value) {
     return refused(QStringLiteral("the edited file would not read back as written"));
   }
 
   const QString directory = QFileInfo(location).absolutePath();
   if (!QDir().mkpath(directory)) {
-    return failed(directory, QStringLiteral("can't create the directory"));
+    return failed(QStringLiteral("can't create the directory %1").arg(directory));
   }
   // Temporary file and rename in the same directory: a failure leaves the old file whole.
   QSaveFile file(location);
-  if (!file.open(QIODevice::WriteOnly)) return failed(location, file.errorString());
+  if (!file.open(QIODevice::WriteOnly)) return failed(file.errorString());
   if (file.write(new_bytes) != new_bytes.size()) {
     const QString why = file.errorString();
     file.cancelWriting();
-    return failed(location, why);
+    return failed(why);
   }
-  if (!file.commit()) return failed(location, file.errorString());
+  if (!file.commit()) return failed(file.errorString());
   return {write_outcome::written, QString()};
 }
 

@@ -63,8 +63,8 @@ cfgq_env::write_result refused(const QString& reason) {
   return {cfgq_env::write_outcome::refused, reason};
 }
 
-cfgq_env::write_result failed(const QString& location, const QString& why) {
-  return {cfgq_env::write_outcome::failed, location + QStringLiteral(": ") + why};
+cfgq_env::write_result failed(const QString& why) {
+  return {cfgq_env::write_outcome::failed, why};
 }
 
 enum class expandable { no, written, failed };
@@ -136,7 +136,7 @@ write_result store_write(const QString& location, const QString& name, const QSt
     case expandable::written:
       return {write_outcome::written, QString()};
     case expandable::failed:
-      return failed(location, why);
+      return failed(why);
     case expandable::no:
       break;
   }
@@ -145,7 +145,7 @@ write_result store_write(const QString& location, const QString& name, const QSt
   settings.setValue(name, QVariant(text));
   settings.sync();
   if (settings.status() != QSettings::NoError) {
-    return failed(location, QStringLiteral("the registry refused the write"));
+    return failed(QStringLiteral("the registry refused the write"));
   }
   return {write_outcome::written, QString()};
 }
