@@ -478,7 +478,7 @@ TEST_F(RegistryKeyTest, AbsentFileIsCreatedOnlyByAWrite) {
 
 // Runs the probe program with the test's HOME and TMPDIR and returns the path it printed.
 QString run_probe(const char* value) {
-  const std::string command = std::string(CFGQ_VIEW_PROBE) + " " + value;
+  const std::string command = std::string("'") + CFGQ_VIEW_PROBE + "' " + value;
   FILE* pipe = popen(command.c_str(), "r");
   if (pipe == nullptr) return QString();
   char line[4096] = {};
