@@ -140,7 +140,6 @@ int main(int argc, char** argv) {
     return cli::exit_ok;
   }
   if (words.isEmpty()) {
-    std::fputs(tool_help(commands).toUtf8().constData(), stderr);
     return cli::fail(QStringLiteral("command"), QStringLiteral("missing (see 'cfgq --help')"),
                      cli::exit_usage);
   }

@@ -1,0 +1,428 @@
+// The cfgq tool, run as a subprocess on a fresh HOME per test: commands on empty and populated
+// files, exit statuses and error lines, awkward keys and values, the export format's round
+// trip, reset's confirmation, migration, recovery of set-aside copies and setenv.
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSettings>
+#include <QSize>
+#include <gtest/gtest.h>
+
+#include "test_support.h"
+
+namespace {
+
+struct tool_result {
+  int status = -1;
+  QString out;
+  QString err;
+  QByteArray out_bytes;
+};
+
+class CliTest : public cfgq_test::SettingsTest {
+ protected:
+  tool_result run(const QStringList& args, const QList<QPair<QString, QString>>& env = {}) const {
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("KORVEL_USER_ENV_FILE"), home() + QStringLiteral("/user.env"));
+    environment.insert(QStringLiteral("KORVEL_SYSTEM_ENV_FILE"), home() + QStringLiteral("/system.env"));
+    for (const auto& [name, value] : env) environment.insert(name, value);
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(CFGQ_TOOL_PATH), args);
+    process.closeWriteChannel();  // standard input is a pipe, never a terminal
+    EXPECT_TRUE(process.waitForFinished(60'000)) << args.join(QLatin1Char(' ')).toStdString();
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    const QByteArray out = process.readAllStandardOutput();
+    return {process.exitCode(), QString::fromUtf8(out),
+            QString::fromUtf8(process.readAllStandardError()), out};
+  }
+
+  QByteArray profile_bytes() const {
+    QFile file(profile_file());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+  }
+
+  void write_file(const QString& path, const QByteArray& bytes) const {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    ASSERT_EQ(file.write(bytes), bytes.size());
+  }
+
+  // A profile with two sections, a subgroup and another version's main key.
+  void write_populated_profile() const {
+    write_profile_file(
+        "[25.1_pro]\nRegistry_version=27\nGeneral\\Show_tips=Yes\nGeneral\\Width=640\n"
+        "General\\Dialogs\\Find=300\nPin_Planner\\Filter=all pins\n"
+        "[24.3_pro]\nGeneral\\Show_tips=No\n");
+  }
+};
+
+std::string text(const QString& s) { return s.toStdString(); }
+
+TEST_F(CliTest, UsageErrorsExitTwoWithOneErrorLine) {
+  const struct {
+    QStringList args;
+    const char* message;
+  } cases[] = {
+      {{}, "cfgq: command: missing"},
+      {{"frobnicate"}, "cfgq: frobnicate: unknown command"},
+      {{"--bogus"}, "cfgq: --bogus: unknown option"},
+      {{"help", "nosuch"}, "cfgq: nosuch: unknown command"},
+      {{"get", "General"}, "cfgq: get: missing argument (usage: cfgq get SECTION KEY)"},
+      {{"get", "General", "a", "b"}, "cfgq: get: unexpected argument 'b'"},
+      {{"set", "General", "k"}, "cfgq: set: missing argument"},
+      {{"show", "--bogus"}, "cfgq: show: Unknown option 'bogus'"},
+      {{"get", "NO_SUB_KEY", "k"}, "cfgq: get: NO_SUB_KEY names no section"},
+      {{"keys", "LAST_SUB_KEY"}, "cfgq: keys: LAST_SUB_KEY names no section"},
+      {{"get", "General", "//"}, "cfgq: get: a key name must not be empty"},
+      {{"clear", "/"}, "cfgq: clear: a section name must not be empty"},
+      {{"set", "General", "k", "[1", "--json"}, "cfgq: set General/k: not a JSON value"},
+      {{"set", "General", "k", "{\"@bytes\": 1}", "--json"}, "@bytes needs base64 text"},
+      {{"recover", "--merge", "/nonexistent/copy"}, "cfgq: recover --merge /nonexistent/copy: no such file"},
+      {{"setenv", "1X", "v"}, "cfgq: setenv 1X: not a variable name"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(text(c.args.join(QLatin1Char(' '))));
+    const tool_result r = run(c.args);
+    EXPECT_EQ(r.status, 2);
+    EXPECT_TRUE(r.err.startsWith(QLatin1String("cfgq: ")));
+    EXPECT_EQ(r.err.count(QLatin1Char('\n')), 1) << text(r.err);
+    EXPECT_TRUE(r.err.contains(QLatin1String(c.message))) << text(r.err);
+    EXPECT_TRUE(r.out.isEmpty());
+  }
+  EXPECT_FALSE(QFileInfo::exists(profile_file()));
+}
+
+TEST_F(CliTest, HelpForTheToolAndEveryCommand) {
+  const tool_result tool = run({"--help"});
+  EXPECT_EQ(tool.status, 0);
+  const QStringList commands = {"path", "show",   "get",    "set",     "keys",  "clear",  "sections",
+                                "export", "import", "recover", "migrate", "reset", "setenv"};
+  for (const QString& command : commands) {
+    SCOPED_TRACE(text(command));
+    EXPECT_TRUE(tool.out.contains(QStringLiteral("\n  ") + command)) << text(tool.out);
+    const tool_result help = run({"help", command});
+    const tool_result option = run({command, "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(option.status, 0);
+    EXPECT_TRUE(help.out.startsWith(QStringLiteral("Usage: cfgq ") + command)) << text(help.out);
+    EXPECT_EQ(help.out, option.out);
+    EXPECT_TRUE(help.out.contains(QLatin1String("Exit status: 0")));
+  }
+  EXPECT_TRUE(tool.out.contains(QLatin1String("cfgq: <what failed>: <why>")));
+}
+
+TEST_F(CliTest, VersionNamesTheRunningVersionAndItsMainKey) {
+  const struct {
+    const char* version;
+    const char* switches;
+    const char* main_key;
+  } cases[] = {
+      {"25.1", "", "25.1_pro"},
+      {"24.3", "", "24.3_pro"},
+      {"24.3", "separate_settings_for_64_bit", "24.3_64-Bit_pro"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.main_key);
+    const tool_result r = run({"--version"}, {{"KORVEL_VERSION", c.version}, {"KORVEL_CONFIG_ON", c.switches}});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_TRUE(r.out.contains(QStringLiteral("suite version: %1\n").arg(c.version))) << text(r.out);
+    EXPECT_TRUE(r.out.contains(QStringLiteral("main key: %1\n").arg(c.main_key))) << text(r.out);
+    EXPECT_TRUE(r.out.contains(profile_file()));
+  }
+}
+
+TEST_F(CliTest, CommandsOnAnEmptyProfileReadNothingAndCreateNothing) {
+  const struct {
+    QStringList args;
+    int status;
+    const char* output;  // expected in standard output, or in standard error for status 1
+  } cases[] = {
+      {{"show"}, 0, "No settings are stored yet for 25.1_pro.\nSettings file: "},
+      {{"show", "--all"}, 0, "No settings are stored yet."},
+      {{"show", "General"}, 1, "cfgq: show General: no settings stored in 25.1_pro"},
+      {{"get", "General", "Show_tips"}, 1, "cfgq: get General/Show_tips: no settings stored"},
+      {{"keys", "GENERAL"}, 1, "cfgq: keys General: no settings stored in 25.1_pro"},
+      {{"clear", "General"}, 0, "Nothing to clear"},
+      {{"sections"}, 0, "GENERAL             General                           -\n"},
+      {{"export"}, 0, "\"settings\": {\n    }"},
+      {{"recover"}, 0, "No set-aside copies beside"},
+      {{"path"}, 0, ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(text(c.args.join(QLatin1Char(' '))));
+    const tool_result r = run(c.args);
+    EXPECT_EQ(r.status, c.status) << text(r.err);
+    EXPECT_TRUE((c.status == 0 ? r.out : r.err).contains(QLatin1String(c.output))) << text(r.out + r.err);
+  }
+  EXPECT_EQ(run({"path"}).out, profile_file() + QLatin1Char('\n'));
+  EXPECT_TRUE(run({"show"}).out.contains(profile_file() + QStringLiteral(" (not created yet)")));
+  EXPECT_FALSE(QFileInfo::exists(profile_file()));
+}
+
+TEST_F(CliTest, CommandsOnAPopulatedProfile) {
+  write_populated_profile();
+  const tool_result show = run({"show"});
+  EXPECT_EQ(show.out,
+            "[25.1_pro]\n  Registry_version = 27\n  [General]\n    Show_tips = Yes\n    Width = 640\n"
+            "    [Dialogs]\n      Find = 300\n  [Pin_Planner]\n    Filter = all pins\n");
+  EXPECT_EQ(run({"show", "PPLQ"}).out, "[25.1_pro/Pin_Planner]\n  Filter = all pins\n");
+  const tool_result all = run({"show", "--all"});
+  EXPECT_TRUE(all.out.contains(QLatin1String("[24.3_pro]\n  [General]\n    Show_tips = No\n"))) << text(all.out);
+  EXPECT_TRUE(all.out.contains(QLatin1String("[25.1_pro]  (running version)")));
+
+  EXPECT_EQ(run({"get", "General", "Show_tips"}).out, "Yes\n");
+  EXPECT_EQ(run({"get", "General", "Show_tips", "--main-key", "24.3_pro"}).out, "No\n");
+  EXPECT_EQ(run({"get", "General", "Dialogs/Find"}).out, "300\n");
+  // Only a group's own keys are values: the subgroup itself is not one.
+  EXPECT_EQ(run({"get", "General", "Dialogs"}).status, 1);
+  const tool_result wrong_case = run({"get", "general", "Show_tips"});
+  EXPECT_EQ(wrong_case.status, 1);
+  EXPECT_TRUE(wrong_case.err.contains(QLatin1String("did you mean 'General'?"))) << text(wrong_case.err);
+
+  EXPECT_EQ(run({"keys", "General"}).out, "Dialogs/Find\nShow_tips\nWidth\n");
+  EXPECT_TRUE(run({"sections"}).out.contains(QLatin1String("PPLQ                Pin_Planner                       1\n")));
+
+  const tool_result clear = run({"clear", "General"});
+  EXPECT_EQ(clear.out, "Removed 3 values from 25.1_pro/General.\n");
+  EXPECT_FALSE(raw_value("25.1_pro/General/Show_tips").isValid());
+  EXPECT_EQ(raw_value("25.1_pro/Pin_Planner/Filter").toString(), "all pins");
+  EXPECT_EQ(raw_value("24.3_pro/General/Show_tips").toString(), "No");
+}
+
+TEST_F(CliTest, AwkwardKeysAndValuesRoundTripThroughSetAndGet) {
+  const struct {
+    const char* key;
+    const char* value;
+  } cases[] = {
+      {"with blanks", "  leading and trailing blanks  "},
+      {"k=ey", "a=b; c, d # not a comment"},
+      {"\"quoted\"", "say \"hi\" and 'bye'"},
+      {"Grüße/日本", "non-ASCII: äöü ß 日本語 😀"},
+      {"lines", "first\nsecond\r\nthird\ttab\n"},
+      {"back\\slash", "C:\\Program Files\\Korvel\\"},
+      {"@at", "@ByteArray(not bytes)"},
+      {"percent%s", "100% %s %d"},
+      {"dash", "-starts with a dash"},
+      {"empty", ""},
+  };
+  for (const auto& c : cases) {
+    const QString key = QString::fromUtf8(c.key);
+    const QString value = QString::fromUtf8(c.value);
+    SCOPED_TRACE(c.key);
+    const tool_result set = run({"set", "--", "Text_Editor", key, value});
+    ASSERT_EQ(set.status, 0) << text(set.err);
+    const tool_result get = run({"get", "TEXT_EDITOR", key});
+    EXPECT_EQ(get.status, 0) << text(get.err);
+    EXPECT_EQ(get.out, value + QLatin1Char('\n'));
+    EXPECT_EQ(raw_value(QStringLiteral("25.1_pro/Text_Editor/") + key).toString(), value);
+  }
+}
+
+TEST_F(CliTest, SetAndGetTypedValuesInJsonNotation) {
+  const struct {
+    const char* json;
+    QByteArray plain;  // what plain `get` prints
+  } cases[] = {
+      {"[\"a\",\"b, c\"]", "a\nb, c\n"},
+      {"640", "640\n"},
+      {"1.5", "1.5\n"},
+      {"true", "true\n"},
+      {"{\"@bytes\":\"AAH/\"}", QByteArray("\x00\x01\xff", 3)},
+      {"\"007\"", "007\n"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.json);
+    ASSERT_EQ(run({"set", "General", "v", QString::fromUtf8(c.json), "--json"}).status, 0);
+    EXPECT_EQ(run({"get", "General", "v", "--json"}).out, QString::fromUtf8(c.json) + QLatin1Char('\n'));
+    EXPECT_EQ(run({"get", "General", "v"}).out_bytes, c.plain);
+  }
+}
+
+TEST_F(CliTest, ExportClearImportGivesBackTheSameFile) {
+  {
+    QSettings raw(profile_file(), QSettings::IniFormat);
+    raw.beginGroup(QStringLiteral("25.1_pro"));
+    raw.setValue("Registry_version", 27);
+    raw.setValue("General/text", QStringLiteral("plain text"));
+    raw.setValue("General/number_text", QStringLiteral("007"));
+    raw.setValue("General/integer", 640);
+    raw.setValue("General/double", 1.25);
+    raw.setValue("General/integral_double", 1e6);
+    raw.setValue("General/flag", true);
+    raw.setValue("General/empty", QString());
+    raw.setValue("General/at", QStringLiteral("@starts with at"));
+    raw.setValue("General/list", QStringList{"a", "b, c", ""});
+    raw.setValue("General/empty_list", QStringList{});
+    raw.setValue("General/bytes", QByteArray("\x00\x01\xfe\xff text", 9));
+    raw.setValue("General/size", QSize(800, 600));
+    raw.setValue("General/time", QDateTime(QDate(2026, 11, 23), QTime(3, 4, 5), Qt::UTC));
+    raw.setValue("General/@key", QStringLiteral("a key that begins with @"));
+    raw.setValue("General/shared", QStringLiteral("a key with a group's name"));
+    raw.setValue("General/shared/inner", QStringLiteral("inside the group"));
+    raw.setValue("Pin_Planner/Deep/er/Still", QStringLiteral("äöü\nnext line"));
+    raw.setValue("Change Manager Window/x", 1);
+  }
+  const QByteArray original = profile_bytes();
+  const QString backup = home() + QStringLiteral("/backup.json");
+  ASSERT_EQ(run({"export", "--output", backup}).status, 0);
+  for (const char* section : {"General", "PPLQ", "ECO"}) ASSERT_EQ(run({"clear", section}).status, 0);
+  ASSERT_NE(profile_bytes(), original);
+
+  const tool_result import = run({"import", backup});
+  EXPECT_EQ(import.status, 0) << text(import.err);
+  EXPECT_EQ(import.out, "Imported into 25.1_pro: 19 values written, 0 refused.\n");
+  EXPECT_EQ(profile_bytes(), original);
+
+  // One section's export goes back to its section, or to another one.
+  const QString section_backup = home() + QStringLiteral("/pins.json");
+  ASSERT_EQ(run({"export", "Pin_Planner", "-o", section_backup}).status, 0);
+  EXPECT_EQ(run({"import", section_backup, "Memory_Editor"}).status, 0);
+  EXPECT_EQ(raw_value("25.1_pro/Memory_Editor/Deep/er/Still").toString(), "äöü\nnext line");
+  EXPECT_EQ(run({"import", backup, "Setup"}).status, 1);
+}
+
+TEST_F(CliTest, ImportCountsWhatTheSizeLimitRefused) {
+  write_profile_file("[25.1_pro]\nGeneral\\Huge=old\n");
+  const QByteArray huge(10'000'000, 'x');
+  write_file(home() + QStringLiteral("/big.json"),
+             "{\"cfgq_export\": 1, \"section\": \"General\", \"settings\": {\"a\": \"1\", \"b\": [\"x\", \"y\"], "
+             "\"Huge\": \"" + huge + "\"}}");
+  const tool_result r = run({"import", home() + QStringLiteral("/big.json")});
+  EXPECT_EQ(r.status, 0) << text(r.err);
+  EXPECT_TRUE(r.out.startsWith(QLatin1String("Imported into 25.1_pro/General: 2 values written, 1 refused.\n")))
+      << text(r.out.left(200));
+  EXPECT_TRUE(r.out.contains(QLatin1String("General/Huge")) || r.out.contains(QLatin1String(": Huge")));
+  EXPECT_EQ(raw_value("25.1_pro/General/Huge").toString(), "old");
+  EXPECT_EQ(raw_value("25.1_pro/General/b").toStringList(), (QStringList{"x", "y"}));
+}
+
+TEST_F(CliTest, ImportRejectsBadInputAndWritesNothing) {
+  write_populated_profile();
+  const QByteArray before = profile_bytes();
+  const struct {
+    const char* json;
+    const char* message;
+  } cases[] = {
+      {"{bad", "not valid JSON"},
+      {"[]", "not a cfgq export"},
+      {"{\"cfgq_export\": 2, \"settings\": {}}", "not a cfgq export"},
+      {"{\"cfgq_export\": 1, \"settings\": []}", "not a cfgq export"},
+      {"{\"cfgq_export\": 1, \"section\": 5, \"settings\": {}}", "\"section\" must name a section"},
+      {"{\"cfgq_export\": 1, \"settings\": {\"G\": {\"ok\": \"1\", \"x\": {\"@bytes\": \"!!\"}}}}", "G/x: @bytes needs base64"},
+      {"{\"cfgq_export\": 1, \"settings\": {\"G\": {\"@weird\": 1}}}", "unknown tag \"@weird\""},
+      {"{\"cfgq_export\": 1, \"settings\": {\"G\": {\"l\": [\"a\", 1]}}}", "G/l: a list may only hold text"},
+      {"{\"cfgq_export\": 1, \"settings\": {\"G\": {\"v\": {\"@variant\": \"AAAA\"}}}}", "G/v: @variant does not hold"},
+      {"{\"cfgq_export\": 1, \"settings\": {\"a/b\": 1}}", "must be non-empty and without \"/\""},
+  };
+  const QString file = home() + QStringLiteral("/in.json");
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.json);
+    write_file(file, c.json);
+    const tool_result r = run({"import", file});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_TRUE(r.err.startsWith(QStringLiteral("cfgq: import %1: ").arg(file))) << text(r.err);
+    EXPECT_TRUE(r.err.contains(QLatin1String(c.message))) << text(r.err);
+    EXPECT_EQ(profile_bytes(), before);
+  }
+  const tool_result missing = run({"import", home() + QStringLiteral("/missing.json")});
+  EXPECT_EQ(missing.status, 3);
+}
+
+TEST_F(CliTest, ResetNeedsYesWithoutATerminal) {
+  write_populated_profile();
+  const QByteArray before = profile_bytes();
+  const tool_result refused = run({"reset"});
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_EQ(refused.err, "cfgq: reset: standard input is not a terminal; add --yes to confirm\n");
+  EXPECT_EQ(profile_bytes(), before);
+
+  const tool_result reset = run({"reset", "--yes"});
+  EXPECT_EQ(reset.status, 0) << text(reset.err);
+  EXPECT_EQ(reset.out, "Removed 4 values from 25.1_pro; the tools start from their defaults.\n");
+  EXPECT_EQ(run({"keys", "General"}).status, 1);
+  EXPECT_EQ(raw_value("25.1_pro/Registry_version").toString(), "27");
+  EXPECT_EQ(raw_value("24.3_pro/General/Show_tips").toString(), "No");
+}
+
+TEST_F(CliTest, MigrateCarriesAnEarlierVersionForwardOnce) {
+  write_profile_file("[24.3_pro]\nGeneral\\Show_tips=No\nGeneral\\Show_welcome_screen=No\nSetup\\Path=/opt\n");
+  const tool_result first = run({"migrate"});
+  EXPECT_EQ(first.status, 0);
+  EXPECT_EQ(first.out, "Carried 2 values forward into 25.1_pro from an earlier version's settings.\n");
+  EXPECT_EQ(run({"get", "Setup", "Path"}).out, "/opt\n");
+  EXPECT_EQ(run({"migrate"}).out, "25.1_pro is migrated already; nothing changed.\n");
+
+  write_profile_file("[25.1_pro]\nGeneral\\Show_tips=Yes\n");
+  EXPECT_EQ(run({"migrate"}).out,
+            "25.1_pro held 1 value written before its first migration (no current format marker); "
+            "they were removed, so the tools start from their defaults.\n");
+}
+
+TEST_F(CliTest, RecoverListsSetAsideCopiesAndMergesOneBack) {
+  write_profile_file("[25.1_pro]\nGeneral\\A=live\n");
+  write_file(profile_file() + QStringLiteral(".large"),
+             "[25.1_pro]\nGeneral\\A=old\nGeneral\\B=b\nSetup\\C=c\n[24.3_pro]\nGeneral\\D=d\n");
+  write_file(profile_file() + QStringLiteral(".format-error"), "[25.1_pro]\nGeneral\\E=e\n");
+  const tool_result list = run({"recover"});
+  EXPECT_EQ(list.status, 0);
+  const qint64 large_size = QFileInfo(profile_file() + QStringLiteral(".large")).size();
+  EXPECT_TRUE(list.out.contains(QStringLiteral("%1.large\n    %2 bytes").arg(profile_file()).arg(large_size)))
+      << text(list.out);
+  EXPECT_TRUE(list.out.contains(QLatin1String("main keys: 24.3_pro, 25.1_pro (running version)")));
+  EXPECT_TRUE(list.out.contains(profile_file() + QStringLiteral(".format-error\n")));
+  EXPECT_FALSE(list.out.contains(QLatin1String(".corrupt")));
+
+  const tool_result merge = run({"recover", "--merge", "large"});
+  EXPECT_EQ(merge.status, 0) << text(merge.err);
+  EXPECT_TRUE(merge.out.contains(QLatin1String("restored: 2 values\n"))) << text(merge.out);
+  EXPECT_TRUE(merge.out.contains(QLatin1String("kept the live value (already set): General/A\n")));
+  EXPECT_EQ(raw_value("25.1_pro/General/A").toString(), "live");
+  EXPECT_EQ(raw_value("25.1_pro/General/B").toString(), "b");
+  EXPECT_EQ(raw_value("25.1_pro/Setup/C").toString(), "c");
+  EXPECT_FALSE(raw_value("25.1_pro/General/D").isValid());
+
+  EXPECT_EQ(run({"recover", "--merge", profile_file()}).status, 2);
+  EXPECT_EQ(run({"recover", "--merge", "corrupt"}).status, 2);
+  EXPECT_EQ(run({"recover", "--merge", "large", "--main-key", "23.4_pro"}).status, 1);
+}
+
+TEST_F(CliTest, RecoverMergeKeepsTheLiveFileWithinTheSizeLimit) {
+  write_profile_file("[25.1_pro]\nGeneral\\A=live\n");
+  {
+    // Twelve values of 950,000 characters: together more than the file may hold.
+    QSettings large(profile_file() + QStringLiteral(".large"), QSettings::IniFormat);
+    for (int i = 0; i < 12; ++i) {
+      large.setValue(QStringLiteral("25.1_pro/Recent_Files/v%1").arg(i, 2, 10, QLatin1Char('0')),
+                     QString(950'000, QLatin1Char('a' + i)));
+    }
+    large.setValue("25.1_pro/Recent_Files/too_large", QString(10'000'000, QLatin1Char('z')));
+    large.setValue("25.1_pro/Recent_Files/small", QStringLiteral("fits"));
+  }
+  const tool_result merge = run({"recover", "--merge", "large"});
+  EXPECT_EQ(merge.status, 0) << text(merge.err);
+  EXPECT_TRUE(merge.out.contains(QLatin1String("restored: 11 values\n"))) << text(merge.out);
+  EXPECT_TRUE(merge.out.contains(QLatin1String("too large to store (10,000,000 or more UTF-16 code units): Recent_Files/too_large\n")));
+  EXPECT_TRUE(merge.out.contains(QLatin1String("would grow past 10,000,000 bytes: Recent_Files/v10, Recent_Files/v11\n")));
+  const qint64 size = QFileInfo(profile_file()).size();
+  EXPECT_LE(size, 10'000'000);
+  EXPECT_GT(size, 9'000'000);
+  // The library opens the merged file as it is, without setting it aside.
+  EXPECT_EQ(run({"get", "Recent_Files", "small"}).out, "fits\n");
+  EXPECT_EQ(run({"get", "General", "A"}).out, "live\n");
+}
+
+TEST_F(CliTest, SetenvWritesTheUserStore) {
+  const QString store = home() + QStringLiteral("/user.env");
+  EXPECT_EQ(run({"setenv", "KORVEL_PATH", "/opt/a b"}).out, "KORVEL_PATH set in the user store.\n");
+  EXPECT_EQ(run({"setenv", "KORVEL_PATH", "/opt/c", "--append", "--separator", ":"}).out,
+            "/opt/c appended to KORVEL_PATH in the user store.\n");
+  EXPECT_EQ(run({"setenv", "KORVEL_PATH", "/OPT/C", "--append", "--separator", ":"}).out,
+            "KORVEL_PATH already holds /OPT/C; nothing changed.\n");
+  QFile file(store);
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  EXPECT_TRUE(file.readAll().contains("KORVEL_PATH=\"/opt/a b:/opt/c\""));
+}
+
+}  // namespace
