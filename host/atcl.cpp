@@ -16,12 +16,11 @@ bool loaded_as_package = false;
 
 // The package between atcl_begin_package_setup and atcl_end_package_setup.
 struct package_setup {
-  bool open;
   const char* name_space;
   const char* version;
   bool unregistering;
 };
-package_setup setup = {false, nullptr, nullptr, false};
+package_setup setup = {nullptr, nullptr, false};
 
 // The command tables of registered packages, by namespace. The suite registers a handful.
 struct registered_package {
@@ -117,11 +116,10 @@ extern "C" int Atcl_Init(Tcl_Interp* interp) {
 
 void atcl_begin_package_setup(const char* name_space, const char* version, const char* module,
                               const char* stem, bool unregistering) {
-  setup = {true, name_space, version, unregistering};
-  trace("begin setup of %s %s (%s)%s%s", text_or_empty(name_space), text_or_empty(version),
+  setup = {name_space, version, unregistering};
+  trace("begin setup of %s %s (%s)%s%s%s%s", text_or_empty(name_space), text_or_empty(version),
         unregistering ? "unregistering" : "registering", module ? " module " : "",
-        text_or_empty(module));
-  (void)stem;
+        text_or_empty(module), stem ? " entry points " : "", text_or_empty(stem));
 }
 
 void atcl_register_callbacks(ATCL_CALLBACK* table) {
@@ -157,7 +155,7 @@ void atcl_unregister_package(Tcl_Interp* interp) {
 
 void atcl_end_package_setup() {
   trace("end setup of %s", text_or_empty(setup.name_space));
-  setup = {false, nullptr, nullptr, false};
+  setup = {nullptr, nullptr, false};
 }
 
 // ---- Output ----------------------------------------------------------------------------------
