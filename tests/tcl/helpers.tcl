@@ -26,6 +26,11 @@ proc restore_home {} {
     set ::env(HOME) $::saved_home
 }
 
+# The cfgq command-line tool of the same build, which works through the library's own
+# section views: CFGQ_TOOL names it.
+testConstraint cfgqTool [expr {[info exists ::env(CFGQ_TOOL)] && [file executable $::env(CFGQ_TOOL)]}]
+proc cfgq_tool {args} { exec $::env(CFGQ_TOOL) {*}$args }
+
 proc settings_file {} { file join $::env(HOME) korvel2.kreg }
 
 # Writes a settings file by hand, as another program of the suite would leave it.
