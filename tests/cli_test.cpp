@@ -168,6 +168,7 @@ TEST_F(CliTest, CommandsOnAPopulatedProfile) {
             "[25.1_pro]\n  Registry_version = 27\n  [General]\n    Show_tips = Yes\n    Width = 640\n"
             "    [Dialogs]\n      Find = 300\n  [Pin_Planner]\n    Filter = all pins\n");
   EXPECT_EQ(run({"show", "PPLQ"}).out, "[25.1_pro/Pin_Planner]\n  Filter = all pins\n");
+  EXPECT_EQ(run({"show", "GENERAL/Dialogs"}).out, "[25.1_pro/General/Dialogs]\n  Find = 300\n");
   const tool_result all = run({"show", "--all"});
   EXPECT_TRUE(all.out.contains(QLatin1String("[24.3_pro]\n  [General]\n    Show_tips = No\n"))) << text(all.out);
   EXPECT_TRUE(all.out.contains(QLatin1String("[25.1_pro]  (running version)")));
@@ -344,6 +345,33 @@ TEST_F(CliTest, ResetNeedsYesWithoutATerminal) {
   EXPECT_EQ(run({"keys", "General"}).status, 1);
   EXPECT_EQ(raw_value("25.1_pro/Registry_version").toString(), "27");
   EXPECT_EQ(raw_value("24.3_pro/General/Show_tips").toString(), "No");
+}
+
+// The confirmation needs a terminal: `script` gives the tool one, fed from a pipe.
+TEST_F(CliTest, ResetAsksOnATerminal) {
+  if (!QFileInfo::exists(QStringLiteral("/usr/bin/script"))) GTEST_SKIP() << "no script(1)";
+  write_populated_profile();
+  const QByteArray before = profile_bytes();
+  for (const char* answer : {"n\n", "\n", "yes\n"}) {
+    SCOPED_TRACE(answer);
+    QProcess process;
+    process.start(QStringLiteral("/usr/bin/script"),
+                  {"-q", "-e", "-c", QStringLiteral(CFGQ_TOOL_PATH " reset"), "/dev/null"});
+    process.write(answer);
+    process.closeWriteChannel();
+    ASSERT_TRUE(process.waitForFinished(60'000));
+    EXPECT_EQ(process.exitCode(), 0);
+    const QString out = QString::fromUtf8(process.readAllStandardOutput());
+    EXPECT_TRUE(out.contains(QStringLiteral("Remove all 4 values of 25.1_pro from %1? ").arg(profile_file())))
+        << text(out);
+    if (answer[0] == 'y') {
+      EXPECT_TRUE(out.contains(QLatin1String("Removed 4 values from 25.1_pro"))) << text(out);
+      EXPECT_EQ(run({"keys", "General"}).status, 1);
+    } else {
+      EXPECT_TRUE(out.contains(QLatin1String("Nothing changed."))) << text(out);
+      EXPECT_EQ(profile_bytes(), before);
+    }
+  }
 }
 
 TEST_F(CliTest, MigrateCarriesAnEarlierVersionForwardOnce) {

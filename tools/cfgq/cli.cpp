@@ -64,22 +64,23 @@ QString settings_file_path() {
 }
 
 std::optional<QString> resolve_section(const QString& argument, QString* why) {
-  for (int key = CFGQ_REGISTRY_KEY::NO_MAIN_KEY; key <= CFGQ_REGISTRY_KEY::LAST_SUB_KEY; ++key) {
-    const auto& row = section_row(key);
-    if (argument != QLatin1String(row.enum_name)) continue;
-    const QString group = QString::fromUtf8(row.sub_key_name);
-    if (group.isEmpty()) {
-      *why = QStringLiteral("%1 names no section (see 'cfgq sections')").arg(argument);
-      return std::nullopt;
-    }
-    return group;
-  }
-  const QString group = argument.split(QLatin1Char('/'), Qt::SkipEmptyParts).join(QLatin1Char('/'));
-  if (group.isEmpty()) {
+  QStringList levels = argument.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+  if (levels.isEmpty()) {
     *why = QStringLiteral("a section name must not be empty");
     return std::nullopt;
   }
-  return group;
+  // Only the first level can be an enumerator: GENERAL/Dialogs is General/Dialogs.
+  for (int key = CFGQ_REGISTRY_KEY::NO_MAIN_KEY; key <= CFGQ_REGISTRY_KEY::LAST_SUB_KEY; ++key) {
+    const auto& row = section_row(key);
+    if (levels.first() != QLatin1String(row.enum_name)) continue;
+    levels.first() = QString::fromUtf8(row.sub_key_name);
+    if (levels.first().isEmpty()) {
+      *why = QStringLiteral("%1 names no section (see 'cfgq sections')").arg(argument);
+      return std::nullopt;
+    }
+    break;
+  }
+  return levels.join(QLatin1Char('/'));
 }
 
 QString similar_section(const QString& name) {

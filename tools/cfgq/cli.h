@@ -73,10 +73,10 @@ QString settings_file_path();
 // Row `key` of the section table (enumerator name and group name).
 const CFGQ_REGISTRY_KEY::ENUMERATED_SUB_KEY_NAME& section_row(int key);
 
-// A SECTION argument: an enumerator of the section table (GENERAL, ECO) stands for its group
-// name; any other text is a group path used as given ("General", "Change Manager Window",
-// "General/Dialogs"), with empty levels dropped. Empty on an argument that names no section;
-// *why then says why.
+// A SECTION argument: a group path used as given ("General", "Change Manager Window",
+// "General/Dialogs"), with empty levels dropped, whose first level may be an enumerator of the
+// section table standing for its group name (GENERAL, ECO/Details). Empty on an argument that
+// names no section; *why then says why.
 std::optional<QString> resolve_section(const QString& argument, QString* why);
 // The section table's group name that `name` matches when compared without regard to case,
 // for "did you mean" hints; empty when none does.
