@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
@@ -368,6 +369,28 @@ TEST(TextLengthTest, AgreesWithTheTextFormAtTheLimit) {
       }
     }
   }
+}
+
+}  // namespace
+
+namespace {
+
+TEST(ProfileFileTest, RememberedPathEqualsTheWorkedOutOne) {
+  QTemporaryDir first, second;
+  const QString start = QDir::currentPath();
+  const std::vector<std::string> dirs = {"/home/user", "/home/user/", "/home//user", "/home/./user",
+                                         "/home/x/../user", "/", "relative/dir", "", "/home/user"};
+  for (const QString& working_dir : {first.path(), second.path()}) {
+    ASSERT_TRUE(QDir::setCurrent(working_dir));
+    for (int round = 0; round < 2; ++round) {  // worked out, then remembered
+      for (const std::string& dir : dirs) {
+        SCOPED_TRACE("\"" + dir + "\" in " + working_dir.toStdString());
+        EXPECT_EQ(cfgq_profile_settings_file(dir),
+                  QDir(QString::fromStdString(dir)).absoluteFilePath("korvel2.kreg"));
+      }
+    }
+  }
+  QDir::setCurrent(start);
 }
 
 }  // namespace

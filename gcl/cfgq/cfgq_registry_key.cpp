@@ -185,8 +185,7 @@ QString get_registry_file_path() {
   // later isolated view of the process finds the same file.
   const QString temp_path = temp_registry_file.path();
   if (is_isolated_run()) return temp_path;
-  return QDir(QString::fromStdString(gen_get_user_profile_directory()))
-      .absoluteFilePath(QStringLiteral("korvel2.kreg"));
+  return cfgq_profile_settings_file(gen_get_user_profile_directory());
 }
 
 const CFGQ_REGISTRY_KEY::ENUMERATED_SUB_KEY_NAME

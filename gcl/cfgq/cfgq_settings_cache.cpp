@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include <QDir>
 #include <QSettings>
 #include <QStringList>
 
@@ -183,4 +184,18 @@ bool cfgq_text_reaches(const QVariant& value, qsizetype limit, qsizetype* length
   }
   *length = value.toString().size();
   return *length >= limit;
+}
+
+QString cfgq_profile_settings_file(const std::string& profile_dir) {
+  struct answer {
+    std::string dir;
+    QString path;
+  };
+  thread_local std::unique_ptr<answer> last;
+  if (last && last->dir == profile_dir) return last->path;
+  const QString dir = QString::fromStdString(profile_dir);
+  QString path = QDir(dir).absoluteFilePath(QStringLiteral("korvel2.kreg"));
+  // A relative directory is taken from the working directory, which may change in between.
+  if (QDir::isAbsolutePath(dir)) last = std::make_unique<answer>(answer{profile_dir, path});
+  return path;
 }

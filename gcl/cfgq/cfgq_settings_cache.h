@@ -2,6 +2,8 @@
 // view costs a file check and a lookup instead of a re-read of the whole file.
 #pragma once
 
+#include <string>
+
 #include <QString>
 #include <QVariant>
 
@@ -36,3 +38,7 @@ bool cfgq_find_own_value(const QSettings& settings, const QString& name, QVarian
 // *length. Values whose text is known to be shorter (numbers, or bytes fewer than `limit`, which
 // never give more code units than bytes) are answered without converting them.
 bool cfgq_text_reaches(const QVariant& value, qsizetype limit, qsizetype* length);
+
+// QDir(profile_dir).absoluteFilePath("korvel2.kreg") for a UTF-8 directory path. Each thread
+// remembers its last answer for an absolute directory, as the path is worked out for every view.
+QString cfgq_profile_settings_file(const std::string& profile_dir);
