@@ -1,0 +1,10 @@
+# Reliability tests, included from tests/CMakeLists.txt.
+
+# The writer that the process tests start: one view per value, as the suite's tools write.
+add_executable(settings_writer settings_writer.cpp)
+target_link_libraries(settings_writer PRIVATE cfgq::cfgq cfgq_warnings cfgq_sanitize)
+
+cfgq_add_test(concurrency_test SOURCES concurrency_test.cpp LABELS reliability)
+target_compile_definitions(concurrency_test PRIVATE
+  CFGQ_SETTINGS_WRITER="$<TARGET_FILE:settings_writer>")
+add_dependencies(concurrency_test settings_writer)
