@@ -1,6 +1,7 @@
 // The settings view: locating and opening the settings file, sections, main keys and groups.
 #include "cfgq.h"
 #include "cfgq_registry_key.h"
+#include "cfgq_file_safety.h"
 #include "cfgq_settings_cache.h"
 
 #include <cstdarg>
@@ -321,9 +322,16 @@ CFGQ_REGISTRY_KEY::CFGQ_REGISTRY_KEY(const CFGQ_REGISTRY_KEY& parent, const std:
   if (group.length() != 0) beginGroup(QString::fromUtf8(group.c_str()));
 }
 
-CFGQ_REGISTRY_KEY::~CFGQ_REGISTRY_KEY() = default;
+CFGQ_REGISTRY_KEY::~CFGQ_REGISTRY_KEY() {
+  if (!m_settings) return;
+  const QString path = m_settings->fileName();
+  const cfgq_file_state before = cfgq_state_of(path);
+  m_settings.reset();
+  cfgq_settings_file_written(path, before, is_isolated_run() && path == get_registry_file_path());
+}
 
 void CFGQ_REGISTRY_KEY::init() {
+  cfgq_prepare_settings_file(get_registry_file_path(), is_isolated_run());
   const QFileInfo file(get_registry_file_path());
   // Strictly greater: a file of exactly max_file_bytes is still opened.
   if (file.exists() && file.size() > max_file_bytes) set_aside(".large");
@@ -335,6 +343,8 @@ void CFGQ_REGISTRY_KEY::init() {
     // Not guarded: a second failure reaches the caller constructing the view.
     m_settings = std::make_unique<QSettings>(get_registry_file_path(), QSettings::IniFormat);
   }
+  // Before any write can replace a file that Qt could read only in part.
+  cfgq_keep_format_error_copy(*m_settings);
   // Keeps the file's parsed state for the next view, which then costs a lookup, not a re-read.
   cfgq_keep_settings_file(m_settings->fileName());
 }

@@ -1,0 +1,271 @@
+// Safety around the settings file: temporaries of killed writers, copies of damaged files, and
+// the ownership and mode of the process's temporary settings file.
+#include "cfgq_file_safety.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <mutex>
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+#include <QLockFile>
+#include <QSet>
+#include <QSettings>
+#include <QStringList>
+#include <QTemporaryFile>
+
+#ifndef _WIN32
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+// A writer replaces the settings file through a temporary "<file>.XXXXXX" that it creates and
+// renames into place while holding "<file>.lock"; a writer killed in between leaves it behind.
+constexpr int temporary_suffix_letters = 6;
+
+// The paths whose left-over temporaries this process has already removed.
+class cleaned_paths {
+ public:
+  bool contains(const QString& path) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_paths.contains(path);
+  }
+  void insert(const QString& path) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_paths.insert(path);
+  }
+
+ private:
+  std::mutex m_mutex;
+  QSet<QString> m_paths;
+};
+
+cleaned_paths& cleaned() {
+  static cleaned_paths instance;
+  return instance;
+}
+
+// Removes the temporaries that killed writers left beside `path`. True when nothing is left to
+// do for the rest of the process; false when a writer held the lock, so that a later view tries
+// again.
+bool remove_stale_temporaries(const QString& path) {
+  const QFileInfo file(path);
+  const QString file_name = file.fileName();
+  if (file_name.isEmpty()) return true;
+  const QDir dir = file.dir();
+  QStringList candidates;
+  const QStringList entries =
+      dir.entryList({file_name + QStringLiteral(".??????")},
+                    QDir::Files | QDir::Hidden | QDir::System | QDir::NoSymLinks);
+  for (const QString& name : entries) {
+    if (cfgq_is_stale_temporary_name(name, file_name, true)) candidates.append(name);
+  }
+  if (candidates.isEmpty()) return true;
+
+  // Writers make and rename their temporaries only while they hold the lock, so while this
+  // process holds it, no temporary belongs to a live writer. A lock that stood before and could
+  // still be taken was a killed writer's: whatever it left was modified after the lock was made.
+  const QString lock_path = path + QStringLiteral(".lock");
+  const QFileInfo old_lock(lock_path);
+  const bool killed_writer_lock = old_lock.exists();
+  const QDateTime killed_writer_since = old_lock.lastModified();
+  QLockFile lock(lock_path);
+  if (!lock.tryLock(0)) return false;
+  for (const QString& name : candidates) {
+    const QFileInfo candidate(dir.filePath(name));
+    if (!candidate.isFile() || candidate.isSymLink()) continue;
+    const bool left_by_that_writer =
+        killed_writer_lock && candidate.lastModified() >= killed_writer_since;
+    if (cfgq_is_stale_temporary_name(name, file_name, left_by_that_writer)) {
+      QFile::remove(candidate.filePath());
+    }
+  }
+  return true;
+}
+
+#ifndef _WIN32
+// Owns a file descriptor and closes it on every path.
+class owned_fd {
+ public:
+  explicit owned_fd(int fd) : m_fd(fd) {}
+  ~owned_fd() {
+    if (m_fd >= 0) ::close(m_fd);
+  }
+  owned_fd(const owned_fd&) = delete;
+  owned_fd& operator=(const owned_fd&) = delete;
+  int get() const { return m_fd; }
+
+ private:
+  int m_fd;
+};
+
+constexpr mode_t owner_only = S_IRUSR | S_IWUSR;
+
+// Makes an empty file at `path` that nobody else can read; never follows a link.
+void make_private_file(const QByteArray& path) {
+  const owned_fd fd(::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                           owner_only));
+  // The mode given to open is narrowed by the umask only, never widened; fchmod says it exactly.
+  if (fd.get() >= 0) ::fchmod(fd.get(), owner_only);
+}
+
+// Makes the temporary settings file a regular file of this user, with one link, that only its
+// owner can read and write.
+void secure_temporary_file(const QString& path) {
+  const QByteArray native = QFile::encodeName(path);
+  // O_NONBLOCK: a pipe planted at the path must not stop the process here.
+  const owned_fd fd(
+      ::open(native.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (fd.get() < 0) {
+    // ELOOP: a symbolic link stands at the path. ENOENT: the file is gone.
+    if (errno == ELOOP && ::unlink(native.constData()) != 0) return;
+    if (errno == ELOOP || errno == ENOENT) make_private_file(native);
+    return;
+  }
+  struct stat st {};
+  if (::fstat(fd.get(), &st) != 0) return;
+  if (!S_ISREG(st.st_mode) || st.st_uid != ::geteuid() || st.st_nlink != 1) {
+    // Not ours to read: a directory stays (Qt then can't use it); anything else is replaced.
+    if (S_ISDIR(st.st_mode) || ::unlink(native.constData()) != 0) return;
+    make_private_file(native);
+    return;
+  }
+  if ((st.st_mode & 07777) != owner_only) ::fchmod(fd.get(), owner_only);
+}
+#endif
+
+// Writes `bytes` to `path` through a new temporary file beside it, renamed into place, so that a
+// link planted at `path` is replaced, never written through.
+bool replace_file(const QString& path, const QByteArray& bytes) {
+  QTemporaryFile temporary(path + QStringLiteral(".XXXXXX.tmp"));
+  if (!temporary.open()) return false;
+  if (temporary.write(bytes) != bytes.size() || !temporary.flush()) return false;
+  // The copy holds the settings file's contents: nobody else may read it.
+  temporary.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+  if (std::rename(QFile::encodeName(temporary.fileName()).constData(),
+                  QFile::encodeName(path).constData()) != 0) {
+    return false;
+  }
+  temporary.setAutoRemove(false);
+  return true;
+}
+
+// True when Qt reads the file of `settings`, a settings object standing at the root, with a format
+// error. Qt finds a damaged header when it reads the file, but a damaged line only when it parses
+// the line's section, which it does when a key of that section is first asked for.
+bool reads_with_format_error(const QSettings& settings) {
+  if (settings.status() == QSettings::FormatError) return true;
+  (void)settings.allKeys();  // parses every section
+  return settings.status() == QSettings::FormatError;
+}
+
+// True when Qt reads `bytes` with a format error.
+bool has_format_error(const QString& dir, const QByteArray& bytes) {
+  QTemporaryFile probe(dir + QStringLiteral("/cfgq-format-check-XXXXXX"));
+  if (!probe.open() || probe.write(bytes) != bytes.size() || !probe.flush()) return false;
+  probe.close();
+  const QSettings reader(probe.fileName(), QSettings::IniFormat);
+  return reads_with_format_error(reader);
+}
+
+// What each file looked like when it was last known to be read without format errors: Qt parses
+// a file again only when its size or modification time changed, and so does the check.
+class checked_files {
+ public:
+  bool is_known_clean(const QString& path, const cfgq_file_state& state) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const auto it = m_clean.constFind(path);
+    return it != m_clean.constEnd() && *it == state;
+  }
+  void set_clean(const QString& path, const cfgq_file_state& state) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_clean.insert(path, state);
+  }
+
+ private:
+  std::mutex m_mutex;
+  QHash<QString, cfgq_file_state> m_clean;
+};
+
+checked_files& checked() {
+  static checked_files instance;
+  return instance;
+}
+
+}  // namespace
+
+cfgq_file_state cfgq_state_of(const QString& path) {
+  const QFileInfo info(path);
+  if (!info.exists()) return {};
+  return {info.size(), info.lastModified().toMSecsSinceEpoch()};
+}
+
+bool cfgq_is_stale_temporary_name(const QString& name, const QString& file_name,
+                                  bool one_case_too) {
+  if (name.size() != file_name.size() + 1 + temporary_suffix_letters) return false;
+  if (!name.startsWith(file_name) || name[file_name.size()] != QLatin1Char('.')) return false;
+  bool upper = false;
+  bool lower = false;
+  for (qsizetype i = file_name.size() + 1; i < name.size(); ++i) {
+    const char16_t c = name[i].unicode();
+    if (c >= u'A' && c <= u'Z') {
+      upper = true;
+    } else if (c >= u'a' && c <= u'z') {
+      lower = true;
+    } else {
+      return false;
+    }
+  }
+  return (upper && lower) || one_case_too;
+}
+
+void cfgq_prepare_settings_file(const QString& path, bool temporary) {
+  if (path.isEmpty()) return;
+  if (!cleaned().contains(path) && remove_stale_temporaries(path)) cleaned().insert(path);
+#ifndef _WIN32
+  if (temporary) secure_temporary_file(path);
+#else
+  (void)temporary;
+#endif
+}
+
+void cfgq_keep_format_error_copy(const QSettings& settings) {
+  const QString path = settings.fileName();
+  const cfgq_file_state state = cfgq_state_of(path);
+  if (state.size <= 0 || checked().is_known_clean(path, state)) return;
+  if (!reads_with_format_error(settings)) {
+    checked().set_clean(path, state);
+    return;
+  }
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly)) return;
+  const QByteArray bytes = file.readAll();
+  file.close();
+  // Another process may have rewritten the file since Qt read it; its writer saw the damage
+  // first and kept the copy, which clean bytes must not replace.
+  if (!has_format_error(QFileInfo(path).absolutePath(), bytes)) return;
+  replace_file(path + QLatin1String(format_error_suffix), bytes);
+}
+
+void cfgq_settings_file_written(const QString& path, const cfgq_file_state& before,
+                                bool temporary) {
+  // Qt writes only what it parsed without error: a file that changed while this process's
+  // settings object wrote it needs no check at the next view.
+  const cfgq_file_state after = cfgq_state_of(path);
+  if (!(after == before)) checked().set_clean(path, after);
+  if (!temporary) return;
+#ifndef _WIN32
+  struct stat st {};
+  const QByteArray native = QFile::encodeName(path);
+  if (::lstat(native.constData(), &st) != 0 || !S_ISREG(st.st_mode)) return;
+  if ((st.st_mode & 07777) != owner_only) ::chmod(native.constData(), owner_only);
+#else
+  (void)path;
+#endif
+}

@@ -1,0 +1,52 @@
+// Keeping the settings file safe around the views that open and write it: temporaries left by
+// killed writers, copies of damaged files, and the temporary settings file's ownership and mode.
+#pragma once
+
+#include <QString>
+
+class QSettings;
+
+// Appended to the settings file's path for the copy of a file that Qt read with format errors.
+constexpr const char* format_error_suffix = ".format-error";
+
+// Call before a settings object opens `path`. `temporary` says that `path` is the process's
+// temporary settings file.
+//  - The first time a process opens `path`, and until it succeeds, removes the temporaries that
+//    killed writers left beside it ("<file>.XXXXXX"), while holding the file's write lock so that
+//    no writer of any process has one open. See cfgq_is_stale_temporary_name for which names.
+//  - For the temporary settings file: anything standing at `path` other than a regular file of
+//    this user with one link (a symbolic or hard link planted there, a pipe) is removed and an
+//    empty file is made in its place, exclusively and without following links; the file is made
+//    readable and writable by its owner only. A missing file is made the same way.
+// Failures are not reported: the settings object then opens whatever stands at `path`.
+// Safe to call from several threads at once.
+void cfgq_prepare_settings_file(const QString& path, bool temporary);
+
+// Call once a settings object has opened its file, while it stands at the file's root. When Qt
+// reads the file with a format error (status FormatError once every section is parsed; checked
+// again only after the file changed from outside the process), keeps a byte-exact copy of it at its path with ".format-error" appended,
+// replacing an older copy, so that the next write, which keeps only what Qt could read, loses
+// nothing for good. The copy is replaced only by bytes that Qt also reads with a format error.
+// The file itself stays where it is and is used as Qt read it.
+void cfgq_keep_format_error_copy(const QSettings& settings);
+
+// The size and modification time of the file at `path` (-1 for both when there is none).
+struct cfgq_file_state {
+  qint64 size = -1;
+  qint64 modified_ms = -1;
+  bool operator==(const cfgq_file_state& other) const {
+    return size == other.size && modified_ms == other.modified_ms;
+  }
+};
+cfgq_file_state cfgq_state_of(const QString& path);
+
+// Call after a settings object on `path` has been destroyed, with the file's state taken just
+// before: when the destruction wrote the file, records it as free of format errors (Qt writes only
+// what it parsed). For the process's temporary settings file (`temporary`), also makes the file
+// readable and writable by its owner only again if the write created it afresh.
+void cfgq_settings_file_written(const QString& path, const cfgq_file_state& before, bool temporary);
+
+// True for a name that a killed writer's temporary of the file named `file_name` can have:
+// `file_name`, ".", then six ASCII letters. Letters of one case only (as in "backup" or "OLDONE")
+// count only when `one_case_too` is set: such names are also what a person gives a copy.
+bool cfgq_is_stale_temporary_name(const QString& name, const QString& file_name, bool one_case_too);
