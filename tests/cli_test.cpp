@@ -8,6 +8,7 @@
 #include <QSettings>
 #include <QSize>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "test_support.h"
 
@@ -190,6 +191,24 @@ TEST_F(CliTest, CommandsOnAPopulatedProfile) {
   EXPECT_FALSE(raw_value("25.1_pro/General/Show_tips").isValid());
   EXPECT_EQ(raw_value("25.1_pro/Pin_Planner/Filter").toString(), "all pins");
   EXPECT_EQ(raw_value("24.3_pro/General/Show_tips").toString(), "No");
+}
+
+TEST_F(CliTest, WritesToAFileThatCantBeWrittenFailWithStatusThree) {
+  const tool_result export_to_nowhere = run({"export", "--output", home() + QStringLiteral("/missing/dir/x.json")});
+  EXPECT_EQ(export_to_nowhere.status, 3);
+  EXPECT_TRUE(export_to_nowhere.err.startsWith(QStringLiteral("cfgq: export %1/missing/dir/x.json: ").arg(home())));
+  if (geteuid() == 0) GTEST_SKIP() << "root may write any file";
+  write_populated_profile();
+  ASSERT_TRUE(QFile::setPermissions(profile_file(), QFile::ReadOwner));
+  const QByteArray before = profile_bytes();
+  for (const QStringList& args : {QStringList{"set", "General", "k", "v"}, QStringList{"clear", "General"},
+                                  QStringList{"reset", "--yes"}, QStringList{"migrate"}}) {
+    SCOPED_TRACE(text(args.join(QLatin1Char(' '))));
+    const tool_result r = run(args);
+    EXPECT_EQ(r.status, 3);
+    EXPECT_TRUE(r.err.contains(profile_file() + QStringLiteral(": no permission to write it"))) << text(r.err);
+  }
+  EXPECT_EQ(profile_bytes(), before);
 }
 
 TEST_F(CliTest, AwkwardKeysAndValuesRoundTripThroughSetAndGet) {

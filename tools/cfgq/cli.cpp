@@ -122,6 +122,13 @@ QString unwritable_reason(const QString& file_path) {
                                 : QStringLiteral("no permission to create it in its directory");
 }
 
+QString listed_names(const QStringList& names) {
+  constexpr int most_listed = 20;
+  QString text = names.mid(0, most_listed).join(QStringLiteral(", "));
+  if (names.size() > most_listed) text += QStringLiteral(" and %1 more").arg(names.size() - most_listed);
+  return text;
+}
+
 QString count_of(qsizetype n, const char* singular, const char* plural) {
   return QStringLiteral("%1 %2").arg(n).arg(QLatin1String(n == 1 ? singular : plural));
 }

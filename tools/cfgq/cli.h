@@ -93,6 +93,10 @@ bool split_key(const QString& key, QString* subgroup, QString* name);
 // so that a write is not lost silently when the view flushes. Empty when it can; else why not.
 QString unwritable_reason(const QString& file_path);
 
+// The first names of a list joined by ", ", then "and N more": a report stays readable when
+// thousands of values are named.
+QString listed_names(const QStringList& names);
+
 // Text for a count: "1 value", "3 values".
 QString count_of(qsizetype n, const char* singular, const char* plural);
 

@@ -35,19 +35,19 @@ int run_export(const invocation& call) {
                        {QStringLiteral("settings"), group_to_json(*view)}};
   if (section) document.insert(QStringLiteral("section"), *section);
   const QByteArray json = QJsonDocument(document).toJson(QJsonDocument::Indented);
-  if (view->allKeys().isEmpty()) {
-    note(QStringLiteral("note: %1 holds no settings; the export is empty")
-             .arg(section ? main_key + QLatin1Char('/') + *section : main_key));
-  }
 
   const QString output = call.options.value(QStringLiteral("output"));
   if (output.isEmpty() || output == stdio_name) {
     print_bytes(json);
-    return exit_ok;
+  } else {
+    QSaveFile file(output);
+    if (!file.open(QIODevice::WriteOnly) || file.write(json) != json.size() || !file.commit()) {
+      return fail(QStringLiteral("export %1").arg(output), file.errorString(), exit_failed);
+    }
   }
-  QSaveFile file(output);
-  if (!file.open(QIODevice::WriteOnly) || file.write(json) != json.size() || !file.commit()) {
-    return fail(QStringLiteral("export %1").arg(output), file.errorString(), exit_failed);
+  if (view->allKeys().isEmpty()) {
+    note(QStringLiteral("note: %1 holds no settings; the export is empty")
+             .arg(section ? main_key + QLatin1Char('/') + *section : main_key));
   }
   return exit_ok;
 }
@@ -73,13 +73,6 @@ std::optional<QJsonObject> subgroup_of(QJsonObject group, const QString& path) {
     group = inner.toObject();
   }
   return group;
-}
-
-QString listed(const QStringList& names) {
-  constexpr int most_listed = 20;
-  QString text = names.mid(0, most_listed).join(QStringLiteral(", "));
-  if (names.size() > most_listed) text += QStringLiteral(" and %1 more").arg(names.size() - most_listed);
-  return text;
 }
 
 int run_import(const invocation& call) {
@@ -154,7 +147,7 @@ int run_import(const invocation& call) {
   if (!refused.isEmpty()) {
     print(QStringLiteral("Refused (text form of 10,000,000 or more UTF-16 code units; the old "
                          "value stays): %1\n")
-              .arg(listed(refused)));
+              .arg(listed_names(refused)));
   }
   return exit_ok;
 }

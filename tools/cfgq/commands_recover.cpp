@@ -1,8 +1,11 @@
 // The recover command: lists the copies of the settings file that were set aside, and merges
 // the running version's values from one of them back into the live file.
+#include <algorithm>
+
 #include <QDataStream>
 #include <QDateTime>
 #include <QFileInfo>
+#include <QLocale>
 #include <QSet>
 #include <QSettings>
 
@@ -115,13 +118,6 @@ qint64 written_size(CFGQ_REGISTRY_KEY& root, const QString& file_path) {
   return std::max(bytes + 12, QFileInfo(file_path).size());  // 12: a "[General]" header
 }
 
-QString listed(const QStringList& names) {
-  constexpr int most_listed = 20;
-  QString text = names.mid(0, most_listed).join(QStringLiteral(", "));
-  if (names.size() > most_listed) text += QStringLiteral(" and %1 more").arg(names.size() - most_listed);
-  return text;
-}
-
 int list_copies(const QString& live, const QString& main_key) {
   bool any = false;
   for (const char* suffix : set_aside_suffixes) {
@@ -217,16 +213,16 @@ int merge_copy(const QString& argument, const QString& main_key) {
   print(QStringLiteral("Merged %1 of %2 into %3:\n").arg(main_key, source_path, live));
   print(QStringLiteral("  restored: %1\n").arg(count_of(restored.size(), "value", "values")));
   if (!kept.isEmpty()) {
-    print(QStringLiteral("  kept the live value (already set): %1\n").arg(listed(kept)));
+    print(QStringLiteral("  kept the live value (already set): %1\n").arg(listed_names(kept)));
   }
   if (!refused.isEmpty()) {
     print(QStringLiteral("  not restored, too large to store (10,000,000 or more UTF-16 code "
                          "units): %1\n")
-              .arg(listed(refused)));
+              .arg(listed_names(refused)));
   }
   if (!left_out.isEmpty()) {
     print(QStringLiteral("  not restored, the settings file would grow past %1: %2\n")
-              .arg(bytes_text(max_file_bytes), listed(left_out)));
+              .arg(bytes_text(max_file_bytes), listed_names(left_out)));
   }
   if (restored.size() == keys.size()) {
     print(QStringLiteral("Everything came back; %1 can be deleted.\n").arg(source_path));
