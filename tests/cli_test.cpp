@@ -70,7 +70,7 @@ TEST_F(CliTest, UsageErrorsExitTwoWithOneErrorLine) {
       {{"frobnicate"}, "cfgq: frobnicate: unknown command"},
       {{"--bogus"}, "cfgq: --bogus: unknown option"},
       {{"help", "nosuch"}, "cfgq: nosuch: unknown command"},
-      {{"get", "General"}, "cfgq: get: missing argument (usage: cfgq get SECTION KEY)"},
+      {{"get", "General"}, "cfgq: get: missing argument (usage: cfgq get SECTION KEY [--json])"},
       {{"get", "General", "a", "b"}, "cfgq: get: unexpected argument 'b'"},
       {{"set", "General", "k"}, "cfgq: set: missing argument"},
       {{"show", "--bogus"}, "cfgq: show: Unknown option 'bogus'"},

@@ -43,7 +43,7 @@ struct invocation {
 
 struct command {
   const char* name;       // "get"
-  const char* arguments;  // "SECTION KEY", as shown in the usage line
+  const char* arguments;  // "SECTION KEY [--json]", as shown in usage lines
   int min_args;
   int max_args;
   const char* summary;  // one line for `cfgq --help`

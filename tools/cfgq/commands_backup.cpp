@@ -156,7 +156,7 @@ int run_import(const invocation& call) {
 
 std::vector<command> backup_commands() {
   return {
-      {"export", "[SECTION]", 0, 1, "back up the settings (or one section) as JSON",
+      {"export", "[SECTION] [--output FILE]", 0, 1, "back up the settings (or one section) as JSON",
        "Writes the running version's settings (or one SECTION of them) as JSON:\n"
        "  {\"cfgq_export\": 1, \"main_key\": \"25.1_pro\", \"section\": \"General\",\n"
        "   \"settings\": {\"Show_tips\": \"Yes\", \"Width\": 640, \"Docked\": true,\n"

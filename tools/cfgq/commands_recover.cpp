@@ -250,7 +250,7 @@ int run_recover(const invocation& call) {
 
 std::vector<command> recover_commands() {
   return {
-      {"recover", "", 0, 0, "list set-aside copies; --merge one back",
+      {"recover", "[--merge FILE]", 0, 0, "list set-aside copies; --merge one back",
        "Lists the copies set aside beside the settings file: \".large\" (the file had grown past\n"
        "10,000,000 bytes), \".corrupt\" (it failed to load) and \".format-error\" (kept after a\n"
        "read with format errors), with their size and main keys.\n"

@@ -290,20 +290,20 @@ std::vector<command> store_commands() {
        "Prints the path of the settings file in use: korvel2.kreg in the profile directory, or\n"
        "the process's temporary file in test and headless runs.",
        nullptr, run_path},
-      {"show", "[SECTION]", 0, 1, "the settings as a tree (--all: every main key)",
+      {"show", "[SECTION] [--all]", 0, 1, "the settings as a tree (--all: every main key)",
        "Shows the running version's settings (or one SECTION of them) as a tree: groups in\n"
        "[brackets], values as 'key = value'. Text is shown as it stands, or quoted when it has\n"
        "blanks at either end or line breaks; lists, byte arrays and typed values in the JSON\n"
        "notation of 'cfgq export'. On an empty profile it says that nothing is stored yet and\n"
        "where the file would be. Exit status 1 when SECTION holds nothing.",
        add_show_options, run_show},
-      {"get", "SECTION KEY", 2, 2, "one value (exit status 1 when absent)",
+      {"get", "SECTION KEY [--json]", 2, 2, "one value (exit status 1 when absent)",
        "Prints one value: text as it stands, a list one item per line, a byte array as its\n"
        "raw bytes. KEY may reach below the section with \"/\" (Dialogs/Find/Width): levels\n"
        "before the last \"/\" are subgroups of the section and the last is the value's name,\n"
        "which only matches a value of that subgroup itself. Exit status 1 when it is not set.",
        add_value_options, run_get},
-      {"set", "SECTION KEY VALUE", 3, 3, "write one value",
+      {"set", "SECTION KEY VALUE [--json]", 3, 3, "write one value",
        "Writes VALUE as text under KEY in SECTION (KEY may reach into subgroups with \"/\").\n"
        "With --json, VALUE is in the JSON notation of 'cfgq export': 640, true, [\"a\",\"b\"],\n"
        "{\"@bytes\": \"AAH/\"}. Put -- before a VALUE that begins with '-'.",

@@ -150,12 +150,12 @@ std::vector<command> version_commands() {
        "that has settings (a main key written before its first migration is emptied instead),\n"
        "and says what happened. Running it again changes nothing.",
        nullptr, run_migrate},
-      {"reset", "", 0, 0, "remove the running version's settings",
+      {"reset", "[--yes]", 0, 0, "remove the running version's settings",
        "Removes every setting of the running version, so that the tools start from their\n"
        "defaults; a later migrate does not bring the old settings back. Asks for confirmation\n"
        "on the terminal; without a terminal (a script, a pipe) it needs --yes.",
        add_reset_options, run_reset},
-      {"setenv", "NAME VALUE", 2, 2, "set an environment variable persistently",
+      {"setenv", "NAME VALUE [--append] [--separator S]", 2, 2, "set an environment variable persistently",
        "Sets NAME to VALUE in the user's persistent environment (or in the machine's, when only\n"
        "that one holds NAME); programs started later see it. With --append, VALUE is added to\n"
        "the list NAME holds unless the list holds it already (ignoring case). An empty VALUE\n"

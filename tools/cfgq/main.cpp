@@ -45,13 +45,13 @@ QString tool_help(const std::vector<command>& commands) {
   for (const command& c : commands) {
     const QString synopsis =
         QStringLiteral("%1 %2").arg(QLatin1String(c.name), QLatin1String(c.arguments)).trimmed();
-    text += QStringLiteral("  %1%2\n").arg(synopsis.leftJustified(38), QLatin1String(c.summary));
+    text += QStringLiteral("  %1\n      %2\n").arg(synopsis, QLatin1String(c.summary));
   }
   text += QStringLiteral(
               "\nSECTION is a group name as the file holds it (General, \"Change Manager "
               "Window\",\nGeneral/Dialogs) or an enumerator of the section table (GENERAL, ECO); "
               "see\n'cfgq sections'. Commands that read or write values take --main-key KEY to "
-              "work\non another version's or edition's settings.\n\n%1\n")
+              "work\non another version's or edition's settings. 'cfgq help export' describes the JSON\nformat of export and import.\n\n%1\n")
               .arg(QLatin1String(exit_status_help));
   return text;
 }
