@@ -168,6 +168,20 @@ TEST_F(StaleTemporaryTest, KilledWritersLockVouchesForTemporaryOfOneCase) {
   EXPECT_TRUE(QFile::exists(beside(".backup")));
 }
 
+TEST_F(StaleTemporaryTest, EmptyLockOfWriterKilledAtItsCreationGoesOnceASecondOld) {
+  // Qt would take it for a live writer's until it is 30 s old and stall every write till then.
+  write_file(beside(".lock"), "");
+  { const Key view(Key::GENERAL, "25.1", nullptr); }
+  EXPECT_TRUE(QFile::exists(beside(".lock"))) << "a live writer may not have filled it yet";
+  set_modified(beside(".lock"), QDateTime::currentDateTime().addSecs(-2));
+  {
+    Key view(Key::GENERAL, "25.1", nullptr);
+    view.set_value("After_the_kill", 1);
+  }
+  EXPECT_FALSE(QFile::exists(beside(".lock")));
+  EXPECT_EQ(raw_value("25.1_pro/General/After_the_kill").toInt(), 1);
+}
+
 TEST_F(StaleTemporaryTest, LiveWritersTemporaryStaysUntilItsLockIsGiven) {
   write_file(beside(".QxTrWm"), "[25.1_pro]\n");
   {

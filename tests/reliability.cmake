@@ -12,3 +12,9 @@ add_dependencies(concurrency_test settings_writer)
 # Damaged files, killed writers' temporaries, planted links, permissions; reaches the library's
 # hidden name rule for temporaries.
 cfgq_add_test(file_safety_test SOURCES file_safety_test.cpp INTERNAL LABELS reliability)
+
+# A writer killed at random moments 8 times (scripts/soak.sh runs 50 by default).
+add_test(NAME soak_short COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/soak.sh 8)
+set_tests_properties(soak_short PROPERTIES
+  ENVIRONMENT "SETTINGS_WRITER=$<TARGET_FILE:settings_writer>"
+  LABELS reliability TIMEOUT 300)

@@ -19,6 +19,7 @@
 
 #ifndef _WIN32
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -51,6 +52,14 @@ cleaned_paths& cleaned() {
   return instance;
 }
 
+#ifndef _WIN32
+// A writer killed after creating its lock file and before writing its process id into it leaves
+// an empty lock that Qt takes for a live one until it is 30 s old, stalling every writer.
+constexpr qint64 dead_empty_lock_age_ms = 1'000;
+
+void remove_dead_empty_lock(const QString& lock_path);
+#endif
+
 // Removes the temporaries that killed writers left beside `path`. True when nothing is left to
 // do for the rest of the process; false when a writer held the lock, so that a later view tries
 // again.
@@ -66,14 +75,17 @@ bool remove_stale_temporaries(const QString& path) {
   for (const QString& name : entries) {
     if (cfgq_is_stale_temporary_name(name, file_name, true)) candidates.append(name);
   }
-  if (candidates.isEmpty()) return true;
-
   // Writers make and rename their temporaries only while they hold the lock, so while this
   // process holds it, no temporary belongs to a live writer. A lock that stood before and could
   // still be taken was a killed writer's: whatever it left was modified after the lock was made.
+  // Taking it also removes such a lock, which would otherwise stand until the next write.
   const QString lock_path = path + QStringLiteral(".lock");
+#ifndef _WIN32
+  remove_dead_empty_lock(lock_path);
+#endif
   const QFileInfo old_lock(lock_path);
   const bool killed_writer_lock = old_lock.exists();
+  if (candidates.isEmpty() && !killed_writer_lock) return true;
   const QDateTime killed_writer_since = old_lock.lastModified();
   QLockFile lock(lock_path);
   if (!lock.tryLock(0)) return false;
@@ -106,6 +118,21 @@ class owned_fd {
 };
 
 constexpr mode_t owner_only = S_IRUSR | S_IWUSR;
+
+void remove_dead_empty_lock(const QString& lock_path) {
+  const QByteArray native = QFile::encodeName(lock_path);
+  const owned_fd fd(::open(native.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (fd.get() < 0) return;
+  struct stat st {};
+  if (::fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode) || st.st_size != 0) return;
+  // A live writer holds an flock on its lock file from just after creating it; a young empty lock
+  // may be one that has not taken it yet.
+  const qint64 age_ms = QDateTime::currentMSecsSinceEpoch() -
+                        (qint64{st.st_mtim.tv_sec} * 1'000 + st.st_mtim.tv_nsec / 1'000'000);
+  if (age_ms < dead_empty_lock_age_ms) return;
+  if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) return;
+  ::unlink(native.constData());
+}
 
 // Makes an empty file at `path` that nobody else can read; never follows a link.
 void make_private_file(const QByteArray& path) {

@@ -12,8 +12,9 @@ constexpr const char* format_error_suffix = ".format-error";
 // Call before a settings object opens `path`. `temporary` says that `path` is the process's
 // temporary settings file.
 //  - The first time a process opens `path`, and until it succeeds, removes the temporaries that
-//    killed writers left beside it ("<file>.XXXXXX"), while holding the file's write lock so that
-//    no writer of any process has one open. See cfgq_is_stale_temporary_name for which names.
+//    killed writers left beside it ("<file>.XXXXXX"), and a killed writer's lock, while holding
+//    the file's write lock so that no writer of any process has a temporary open. See
+//    cfgq_is_stale_temporary_name for which names.
 //  - For the temporary settings file: anything standing at `path` other than a regular file of
 //    this user with one link (a symbolic or hard link planted there, a pipe) is removed and an
 //    empty file is made in its place, exclusively and without following links; the file is made
