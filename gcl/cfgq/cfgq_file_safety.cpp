@@ -188,7 +188,9 @@ bool replace_file(const QString& path, const QByteArray& bytes) {
 // the line's section, which it does when a key of that section is first asked for.
 bool reads_with_format_error(const QSettings& settings) {
   if (settings.status() == QSettings::FormatError) return true;
-  (void)settings.allKeys();  // parses every section
+  // At the root, the key list parses every section but holds only the root's own keys; every
+  // key of a large file would make a list as large as the parsed file.
+  (void)settings.childKeys();
   return settings.status() == QSettings::FormatError;
 }
 
