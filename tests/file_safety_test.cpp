@@ -298,4 +298,18 @@ TEST_F(PermissionsTest, ReadOnlyFileOrDirectoryKeepsItsContents) {
   }
 }
 
+class HostileFileTest : public cfgq_test::SettingsTest {};
+
+// Copying a group that listed a subgroup with an empty name entered the same group again
+// without end, until the stack overflowed (found by the fuzz target).
+TEST_F(HostileFileTest, CopyEndsOnKeyWithEmptyGroupLevel) {
+  write_profile_file(test_data("empty_group_level.kreg"));
+  Key root(Key::NO_MAIN_KEY, nullptr, nullptr);
+  EXPECT_EQ(root.copy("25.1_pro", "26.1_pro"), 1);
+  EXPECT_EQ(root.value("26.1_pro/General/Show_tips").toString(), "Yes");
+  Key general(root, "25.1_pro/General");
+  general.clear_registry_key();
+  EXPECT_FALSE(general.contains("Show_tips"));
+}
+
 }  // namespace

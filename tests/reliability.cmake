@@ -18,3 +18,31 @@ add_test(NAME soak_short COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/soak.sh 8)
 set_tests_properties(soak_short PROPERTIES
   ENVIRONMENT "SETTINGS_WRITER=$<TARGET_FILE:settings_writer>"
   LABELS reliability TIMEOUT 300)
+
+# Hostile settings files. The fuzz target runs under libFuzzer in a Clang build configured with
+# CFGQ_FUZZ=ON (scripts/fuzz.sh); every build replays the seed corpus through the same target.
+set(cfgq_fuzz_corpus ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/corpus)
+add_executable(settings_fuzz_replay fuzz/settings_fuzz.cpp fuzz/replay_main.cpp)
+target_link_libraries(settings_fuzz_replay PRIVATE cfgq::cfgq cfgq_warnings cfgq_sanitize)
+add_test(NAME fuzz_corpus_replay COMMAND settings_fuzz_replay ${cfgq_fuzz_corpus})
+set_tests_properties(fuzz_corpus_replay PROPERTIES LABELS reliability)
+
+option(CFGQ_FUZZ "build the libFuzzer target settings_fuzz (Clang only)" OFF)
+if(CFGQ_FUZZ AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  add_executable(settings_fuzz fuzz/settings_fuzz.cpp)
+  # The sanitizers come from CFGQ_SANITIZE=address, which scripts/fuzz.sh sets for the whole build.
+  target_link_libraries(settings_fuzz PRIVATE cfgq_internal cfgq_warnings cfgq_sanitize)
+  target_compile_options(settings_fuzz PRIVATE -fsanitize=fuzzer)
+  target_link_options(settings_fuzz PRIVATE -fsanitize=fuzzer)
+  # Coverage feedback from the library's own code, which the target drives.
+  target_compile_options(cfgq_objects PRIVATE -fsanitize=fuzzer-no-link)
+  target_compile_options(korvel_host PRIVATE -fsanitize=fuzzer-no-link)
+endif()
+find_program(CFGQ_CLANGXX clang++)
+if(CFGQ_CLANGXX AND NOT CFGQ_FUZZ)
+  # A short, bounded run in a Clang build directory of its own beside this build.
+  add_test(NAME fuzz_short COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/fuzz.sh 20)
+  set_tests_properties(fuzz_short PROPERTIES
+    ENVIRONMENT "FUZZ_BUILD_DIR=${PROJECT_BINARY_DIR}/fuzz"
+    LABELS "reliability;fuzz" TIMEOUT 900)
+endif()

@@ -455,6 +455,9 @@ int CFGQ_REGISTRY_KEY::copy(const QString& source, const QString& destination) {
   m_settings->endGroup();
 
   for (const QString& group : groups) {
+    // A hand-edited file can hold a key such as "a//b", listed as a subgroup with an empty name.
+    // Entering "<source>/" enters the source again, which would never end.
+    if (group.isEmpty()) continue;
     count += copy(source + QLatin1Char('/') + group, destination + QLatin1Char('/') + group);
   }
   return count;
