@@ -82,6 +82,7 @@ TEST_F(CliTest, UsageErrorsExitTwoWithOneErrorLine) {
       {{"set", "General", "k", "{\"@bytes\": 1}", "--json"}, "@bytes needs base64 text"},
       {{"recover", "--merge", "/nonexistent/copy"}, "cfgq: recover --merge /nonexistent/copy: no such file"},
       {{"setenv", "1X", "v"}, "cfgq: setenv 1X: not a variable name"},
+      {{"keys", "General", "--main-key", "25.1_pro/General"}, "cfgq: keys: --main-key '25.1_pro/General' is not a main key"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(text(c.args.join(QLatin1Char(' '))));
@@ -417,7 +418,7 @@ TEST_F(CliTest, RecoverListsSetAsideCopiesAndMergesOneBack) {
   const qint64 large_size = QFileInfo(profile_file() + QStringLiteral(".large")).size();
   EXPECT_TRUE(list.out.contains(QStringLiteral("%1.large\n    %2 bytes").arg(profile_file()).arg(large_size)))
       << text(list.out);
-  EXPECT_TRUE(list.out.contains(QLatin1String("main keys: 24.3_pro, 25.1_pro (running version)")));
+  EXPECT_TRUE(list.out.contains(QLatin1String("main keys: 24.3_pro, 25.1_pro (running version, 3 values)")));
   EXPECT_TRUE(list.out.contains(profile_file() + QStringLiteral(".format-error\n")));
   EXPECT_FALSE(list.out.contains(QLatin1String(".corrupt")));
 
@@ -457,6 +458,11 @@ TEST_F(CliTest, RecoverMergeKeepsTheLiveFileWithinTheSizeLimit) {
   EXPECT_GT(size, 9'000'000);
   // The library opens the merged file as it is, without setting it aside.
   EXPECT_EQ(run({"get", "Recent_Files", "small"}).out, "fits\n");
+  EXPECT_EQ(run({"get", "Recent_Files", "v00"}).out.size(), 950'001);
+  // show cuts long values short.
+  const tool_result show = run({"show", "Recent_Files"});
+  EXPECT_LT(show.out.size(), 5'000);
+  EXPECT_TRUE(show.out.contains(QLatin1String("... (950,000 characters; 'cfgq get' prints it whole)\n")));
   EXPECT_EQ(run({"get", "General", "A"}).out, "live\n");
 }
 

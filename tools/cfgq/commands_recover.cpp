@@ -22,13 +22,16 @@ const char* const set_aside_suffixes[] = {".large", ".corrupt", ".format-error"}
 struct copy_contents {
   bool readable = false;
   QStringList main_keys;
+  qsizetype running_values = 0;  // values under the running version's main key
 };
 
-copy_contents contents_of(const QString& path) {
+copy_contents contents_of(const QString& path, const QString& main_key) {
   copy_contents contents;
   try {
     QSettings raw(path, QSettings::IniFormat);
     contents.main_keys = raw.childGroups();
+    raw.beginGroup(main_key);
+    contents.running_values = raw.allKeys().size();
     contents.readable = true;
   } catch (...) {
     contents.readable = false;
@@ -125,7 +128,7 @@ int list_copies(const QString& live, const QString& main_key) {
     if (!copy.exists()) continue;
     if (!any) print(QStringLiteral("Set-aside copies of %1:\n").arg(live));
     any = true;
-    const copy_contents contents = contents_of(copy.filePath());
+    const copy_contents contents = contents_of(copy.filePath(), main_key);
     print(QStringLiteral("  %1\n    %2, %3\n")
               .arg(copy.filePath(), bytes_text(copy.size()),
                    copy.lastModified().toString(QStringLiteral("yyyy-MM-dd HH:mm"))));
@@ -136,7 +139,9 @@ int list_copies(const QString& live, const QString& main_key) {
     } else {
       QStringList shown;
       for (const QString& key : contents.main_keys) {
-        shown.append(key == main_key ? key + QStringLiteral(" (running version)") : key);
+        shown.append(key == main_key ? QStringLiteral("%1 (running version, %2)")
+                                           .arg(key, count_of(contents.running_values, "value", "values"))
+                                     : key);
       }
       print(QStringLiteral("    main keys: %1\n").arg(shown.join(QStringLiteral(", "))));
     }

@@ -5,6 +5,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonParseError>
+#include <QLocale>
 
 #include "cli.h"
 #include "export_format.h"
@@ -25,10 +26,21 @@ QString missing_section_why(const QString& section, const QString& main_key) {
   return why;
 }
 
+// A value as `show` prints it: long ones are cut, so that one runaway value (a history that
+// grew without bound) doesn't bury the rest; `get` prints any value whole.
+QString shown_value(const QVariant& value) {
+  constexpr qsizetype most_shown = 200;
+  const QString text = value_for_display(value);
+  if (text.size() <= most_shown) return text;
+  return QStringLiteral("%1... (%2 characters; 'cfgq get' prints it whole)")
+      .arg(text.left(most_shown))
+      .arg(QLocale(QLocale::English).toString(text.size()));
+}
+
 void print_tree(CFGQ_REGISTRY_KEY& view, int depth) {
   const QString indent(depth * 2, QLatin1Char(' '));
   for (const QString& key : view.childKeys()) {
-    print(QStringLiteral("%1%2 = %3\n").arg(indent, key, value_for_display(view.value(key))));
+    print(QStringLiteral("%1%2 = %3\n").arg(indent, key, shown_value(view.value(key))));
   }
   for (const QString& group : view.childGroups()) {
     print(QStringLiteral("%1[%2]\n").arg(indent, group));
@@ -60,7 +72,7 @@ int show_all(const std::optional<QString>& section) {
   if (!section && !root->childKeys().isEmpty()) {
     print(QStringLiteral("(outside any main key)\n"));
     for (const QString& key : root->childKeys()) {
-      print(QStringLiteral("  %1 = %2\n").arg(key, value_for_display(root->value(key))));
+      print(QStringLiteral("  %1 = %2\n").arg(key, shown_value(root->value(key))));
     }
   }
   bool shown = false;

@@ -100,6 +100,16 @@ int run_command(const command& c, const QStringList& words) {
     cli::print(command_help(c));
     return cli::exit_ok;
   }
+  // optionNames lists the options given, so commands without --main-key are not asked about it.
+  if (parser.optionNames().contains(QStringLiteral("main-key"))) {
+    const QString main_key = parser.value(QStringLiteral("main-key"));
+    if (main_key.isEmpty() || main_key.contains(QLatin1Char('/'))) {
+      return cli::fail(name, QStringLiteral("--main-key '%1' is not a main key (one group, as "
+                                            "'cfgq show --all' lists them)")
+                                 .arg(main_key),
+                       cli::exit_usage);
+    }
+  }
   const QStringList args = parser.positionalArguments();
   const QString usage = QStringLiteral("usage: cfgq %1 %2").arg(name, QLatin1String(c.arguments)).trimmed();
   if (args.size() < c.min_args) {
