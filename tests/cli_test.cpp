@@ -396,6 +396,8 @@ TEST_F(CliTest, ResetAsksOnATerminal) {
 
 TEST_F(CliTest, MigrateCarriesAnEarlierVersionForwardOnce) {
   write_profile_file("[24.3_pro]\nGeneral\\Show_tips=No\nGeneral\\Show_welcome_screen=No\nSetup\\Path=/opt\n");
+  EXPECT_TRUE(run({"show"}).out.contains(QLatin1String("No settings are stored yet for 25.1_pro.\n")));
+  EXPECT_TRUE(run({"show"}).out.contains(QLatin1String("The file holds settings of 24.3_pro")));
   const tool_result first = run({"migrate"});
   EXPECT_EQ(first.status, 0);
   EXPECT_EQ(first.out, "Carried 2 values forward into 25.1_pro from an earlier version's settings.\n");

@@ -122,6 +122,13 @@ int run_show(const invocation& call) {
     const QString file = view->fileName();
     print(QStringLiteral("No settings are stored yet for %1.\nSettings file: %2%3\n")
               .arg(main_key, file, file_state(file)));
+    const QStringList others =
+        CFGQ_REGISTRY_KEY(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr).childGroups();
+    if (!others.isEmpty()) {
+      print(QStringLiteral("The file holds settings of %1 ('cfgq show --all' shows them; "
+                           "'cfgq migrate' carries an earlier version's forward).\n")
+                .arg(others.join(QStringLiteral(", "))));
+    }
     return exit_ok;
   }
   print(QStringLiteral("[%1]\n").arg(view->group()));
