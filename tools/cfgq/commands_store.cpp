@@ -1,6 +1,4 @@
 // Commands that look at and change values: path, show, get, set, keys, clear, sections.
-#include <algorithm>
-
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -182,8 +180,7 @@ int run_get(const invocation& call) {
     return fail(QStringLiteral("get %1").arg(place->shown), why, exit_absent);
   }
   if (call.options.isSet(QStringLiteral("json"))) {
-    const QByteArray json = QJsonDocument(QJsonArray{value_to_json(value)}).toJson(QJsonDocument::Compact);
-    print_bytes(json.mid(1, json.size() - 2) + '\n');
+    print(json_text(value_to_json(value)) + QLatin1Char('\n'));
   } else if (value.metaType().id() == QMetaType::QByteArray) {
     print_bytes(value.toByteArray());
   } else if (value.metaType().id() == QMetaType::QStringList) {

@@ -227,6 +227,12 @@ bool group_from_json(const QJsonObject& group, QList<settings_entry>* entries, Q
   return group_from_json_below(group, QString(), entries, why);
 }
 
+QString json_text(const QJsonValue& json) {
+  // Wrapped in an array: QJsonDocument holds only arrays and objects.
+  const QByteArray compact = QJsonDocument(QJsonArray{json}).toJson(QJsonDocument::Compact);
+  return QString::fromUtf8(compact.mid(1, compact.size() - 2));
+}
+
 QString value_for_display(const QVariant& value) {
   if (value.metaType().id() == QMetaType::QString) {
     const QString text = value.toString();
@@ -235,13 +241,9 @@ QString value_for_display(const QVariant& value) {
     for (const QChar c : text) plain = plain && c.isPrint();
     if (plain) return text;
     // Quoted the JSON way, so that blanks and line breaks can be seen.
-    const QByteArray quoted = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
-    return QString::fromUtf8(quoted.mid(1, quoted.size() - 2));
+    return json_text(text);
   }
-  const QJsonValue json = value_to_json(value);
-  if (json.isNull()) return QStringLiteral("null");
-  const QByteArray compact = QJsonDocument(QJsonArray{json}).toJson(QJsonDocument::Compact);
-  return QString::fromUtf8(compact.mid(1, compact.size() - 2));
+  return json_text(value_to_json(value));
 }
 
 }  // namespace cli

@@ -44,6 +44,9 @@ QJsonObject group_to_json(CFGQ_REGISTRY_KEY& view);
 // naming the offending path, when a member is not a valid notation.
 bool group_from_json(const QJsonObject& group, QList<settings_entry>* entries, QString* why);
 
+// The compact JSON text of one value's notation: ["a","b"], {"@bytes":"AAH/"}, 640.
+QString json_text(const QJsonValue& json);
+
 // A short one-line rendering for `show`: plain text as it stands unless it needs quoting
 // (blanks at either end, control characters, empty), everything else in the JSON notation.
 QString value_for_display(const QVariant& value);
