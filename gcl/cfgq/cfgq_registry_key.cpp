@@ -327,7 +327,8 @@ CFGQ_REGISTRY_KEY::~CFGQ_REGISTRY_KEY() {
   const QString path = m_settings->fileName();
   const cfgq_file_state before = cfgq_state_of(path);
   m_settings.reset();
-  cfgq_settings_file_written(path, before, is_isolated_run() && path == get_registry_file_path());
+  // The temporary file is the only file at its path: no need to read the environment again.
+  cfgq_settings_file_written(path, before, path == temp_registry_file.path());
 }
 
 void CFGQ_REGISTRY_KEY::init() {
