@@ -174,7 +174,7 @@ void ours_migration(benchmark::State& state, const QString& home) {
     CFGQ_REGISTRY_KEY root(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr);
     copied = root.copy(QStringLiteral("24.3_pro"), QStringLiteral("25.1_pro"));
   }
-  state.counters["keys"] = copied;
+  state.SetLabel(std::to_string(copied) + " keys");
 }
 
 void raw_migration(benchmark::State& state, const QString& path) {
@@ -186,13 +186,12 @@ void raw_migration(benchmark::State& state, const QString& path) {
     QSettings settings(path, QSettings::IniFormat);
     copied = raw_copy(settings, QStringLiteral("24.3_pro"), QStringLiteral("25.1_pro"));
   }
-  state.counters["keys"] = copied;
+  state.SetLabel(std::to_string(copied) + " keys");
 }
 
 void add(const std::string& name, std::function<void(benchmark::State&)> body, bool heavy) {
-  benchmark::internal::Benchmark* b = benchmark::RegisterBenchmark(name.c_str(), body);
-  b->Unit(heavy ? benchmark::kMillisecond : benchmark::kMicrosecond);
-  if (heavy) b->MinTime(0.3);
+  benchmark::RegisterBenchmark(name.c_str(), body)
+      ->Unit(heavy ? benchmark::kMillisecond : benchmark::kMicrosecond);
 }
 
 bool make_files() {
