@@ -468,6 +468,43 @@ TEST_F(CliTest, RecoverMergeKeepsTheLiveFileWithinTheSizeLimit) {
   EXPECT_EQ(run({"get", "General", "A"}).out, "live\n");
 }
 
+// Escapes make the written file larger than the text: control characters, the hex digits that
+// follow them, quotes, backslashes and non-ASCII text, in keys, lists and byte arrays.
+TEST_F(CliTest, RecoverMergeEstimatesEscapedValuesWithinTheSizeLimit) {
+  const QString pattern = QString::fromUtf8("\x01" "abc123\"\\ é日\t,;=");
+  const QByteArray bytes_pattern("\x00\x01" "9f\xff\"", 6);
+  {
+    QSettings large(profile_file() + QStringLiteral(".large"), QSettings::IniFormat);
+    for (int i = 0; i < 16; ++i) {
+      const QString key = QStringLiteral("25.1_pro/Dialog_Control_State/k%1 é=\"%2\"").arg(i).arg(i);
+      if (i % 4 == 0) {
+        large.setValue(key, bytes_pattern.repeated(60'000));
+      } else if (i % 4 == 1) {
+        large.setValue(key, QStringList{pattern.repeated(20'000), pattern.repeated(20'000)});
+      } else {
+        large.setValue(key, pattern.repeated(40'000));
+      }
+    }
+  }
+  ASSERT_GT(QFileInfo(profile_file() + QStringLiteral(".large")).size(), 10'000'000);
+  const tool_result merge = run({"recover", "--merge", "large"});
+  EXPECT_EQ(merge.status, 0) << text(merge.err);
+  EXPECT_TRUE(merge.out.contains(QLatin1String("would grow past 10,000,000 bytes"))) << text(merge.out);
+  EXPECT_FALSE(merge.out.contains(QLatin1String("restored: 0 values"))) << text(merge.out);
+  // Within the limit, and the estimate is close enough that most of the room is used.
+  EXPECT_LE(QFileInfo(profile_file()).size(), 10'000'000);
+  EXPECT_GT(QFileInfo(profile_file()).size(), 8'000'000);
+  // Every value that came back reads back whole through the library.
+  const tool_result keys = run({"keys", "DCS"});
+  EXPECT_EQ(keys.status, 0);
+  for (const QString& key : keys.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+    SCOPED_TRACE(text(key));
+    EXPECT_EQ(raw_value(QStringLiteral("25.1_pro/Dialog_Control_State/") + key),
+              QSettings(profile_file() + QStringLiteral(".large"), QSettings::IniFormat)
+                  .value(QStringLiteral("25.1_pro/Dialog_Control_State/") + key));
+  }
+}
+
 TEST_F(CliTest, SetenvWritesTheUserStore) {
   const QString store = home() + QStringLiteral("/user.env");
   EXPECT_EQ(run({"setenv", "KORVEL_PATH", "/opt/a b"}).out, "KORVEL_PATH set in the user store.\n");

@@ -45,7 +45,18 @@ QString bytes_text(qint64 bytes) {
 
 // ---- Written size of a value --------------------------------------------------------------
 // An upper bound of the bytes QSettings writes for one "key=value" line of an INI file, so that
-// a merge can stop before the file crosses max_file_bytes.
+// a merge can stop before the file crosses max_file_bytes. It follows the INI escapes closely
+// (tests check the bound on text that escapes heavily), so a merge brings back nearly as much
+// as fits.
+
+bool is_hex_digit(char16_t u) {
+  return (u >= '0' && u <= '9') || (u >= 'a' && u <= 'f') || (u >= 'A' && u <= 'F');
+}
+
+bool has_short_escape(char16_t u) {
+  return u == '\a' || u == '\b' || u == '\f' || u == '\n' || u == '\r' || u == '\t' ||
+         u == '\v' || u == '"' || u == '\\';
+}
 
 qint64 escaped_key_bytes(const QString& key) {
   qint64 bytes = 0;
@@ -53,53 +64,93 @@ qint64 escaped_key_bytes(const QString& key) {
     const char16_t u = c.unicode();
     const bool plain = (u >= 'a' && u <= 'z') || (u >= 'A' && u <= 'Z') || (u >= '0' && u <= '9') ||
                        u == '_' || u == '-' || u == '.' || u == '/';
-    // Anything else is percent-encoded, three bytes per UTF-8 byte (at most three per unit).
-    bytes += plain ? 1 : 9;
+    // Others are percent-encoded: "%3D" up to U+00FF, "%U65E5" beyond.
+    bytes += plain ? 1 : u < 0x100 ? 3 : 6;
   }
   return bytes;
 }
 
-qint64 escaped_text_bytes(const QString& text) {
-  qint64 bytes = 2;  // quotes around text with blanks at either end, commas or semicolons
-  bool after_hex_escape = false;
-  for (const QChar c : text) {
-    const char16_t u = c.unicode();
-    const bool hex_digit = (u >= '0' && u <= '9') || (u >= 'a' && u <= 'f') || (u >= 'A' && u <= 'F');
-    if (u == '"' || u == '\\') {
-      bytes += 2;
-    } else if (u < 0x20 || u == 0x7f) {
-      bytes += 6;  // "\n" or a hexadecimal escape
-    } else if (after_hex_escape && hex_digit) {
-      bytes += 6;  // a hex digit right after "\x.." is escaped too
-      continue;
-    } else if (u < 0x80) {
-      bytes += 1;
+// Counts the characters of one escaped text. A hexadecimal escape ("\x1f") makes the hex
+// digits right after it escaped too ("\x61"), until another character comes.
+class escaped_size {
+ public:
+  // One UTF-16 code unit of text: non-ASCII text is written as UTF-8.
+  void add_text_unit(char16_t u) {
+    if (u >= 0x80) {
+      add_plain(u < 0x800 || QChar::isSurrogate(u) ? 2 : 3);
     } else {
-      bytes += 3;  // UTF-8: at most three bytes per UTF-16 code unit
+      add_ascii(u);
     }
-    after_hex_escape = u < 0x20 || u == 0x7f;
   }
-  return bytes;
+
+  // One byte of a byte array: bytes outside printable ASCII are hexadecimal escapes.
+  void add_byte(unsigned char b) {
+    if (b >= 0x7f) {
+      add_hex_escape();
+    } else {
+      add_ascii(b);
+    }
+  }
+
+  // Quotes around text with blanks at either end, "=", "," or ";", and the separators of a list.
+  qint64 bytes() const { return m_bytes + 2; }
+
+ private:
+  void add_ascii(char16_t u) {
+    if (has_short_escape(u)) {
+      add_plain(2);
+    } else if (u < 0x20 || u == 0x7f) {
+      add_hex_escape();
+    } else if (m_after_hex_escape && is_hex_digit(u)) {
+      m_bytes += 4;
+    } else {
+      add_plain(1);
+    }
+  }
+  void add_hex_escape() {
+    m_bytes += 4;
+    m_after_hex_escape = true;
+  }
+  void add_plain(qint64 bytes) {
+    m_bytes += bytes;
+    m_after_hex_escape = false;
+  }
+
+  qint64 m_bytes = 0;
+  bool m_after_hex_escape = false;
+};
+
+qint64 escaped_text_bytes(const QString& text) {
+  escaped_size size;
+  for (const QChar c : text) size.add_text_unit(c.unicode());
+  return size.bytes();
+}
+
+qint64 escaped_bytes_bytes(const QByteArray& bytes) {
+  escaped_size size;
+  for (const char b : bytes) size.add_byte(static_cast<unsigned char>(b));
+  return size.bytes();
 }
 
 qint64 escaped_value_bytes(const QVariant& value) {
   switch (value.metaType().id()) {
     case QMetaType::UnknownType:
-      return 12;  // @Invalid()
+      return 10;  // @Invalid()
     case QMetaType::QString:
       return escaped_text_bytes(value.toString()) + 1;  // a leading "@" is doubled
     case QMetaType::QStringList: {
-      qint64 bytes = 12;
+      qint64 bytes = 10;  // an empty list is @Invalid()
       for (const QString& item : value.toStringList()) bytes += escaped_text_bytes(item) + 2;
       return bytes;
     }
     case QMetaType::QByteArray:
-      return 4 * value.toByteArray().size() + 14;  // @ByteArray(), at most "\xhh" per byte
+      return escaped_bytes_bytes(value.toByteArray()) + 12;  // @ByteArray()
     default: {
+      // @Variant(...) holds the QDataStream form; @Size(800 600) and kin are shorter.
       QByteArray data;
       QDataStream stream(&data, QIODevice::WriteOnly);
       stream << value;
-      return 4 * data.size() + 14;  // @Variant() or @Size() and similar
+      return escaped_bytes_bytes(data) + 10;
     }
   }
 }
