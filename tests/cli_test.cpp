@@ -23,7 +23,8 @@ struct tool_result {
 
 class CliTest : public cfgq_test::SettingsTest {
  protected:
-  tool_result run(const QStringList& args, const QList<QPair<QString, QString>>& env = {}) const {
+  tool_result run(const QStringList& args, const QList<QPair<QString, QString>>& env = {},
+                  const QByteArray& input = {}) const {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("KORVEL_USER_ENV_FILE"), home() + QStringLiteral("/user.env"));
@@ -31,6 +32,7 @@ class CliTest : public cfgq_test::SettingsTest {
     for (const auto& [name, value] : env) environment.insert(name, value);
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(CFGQ_TOOL_PATH), args);
+    process.write(input);
     process.closeWriteChannel();  // standard input is a pipe, never a terminal
     EXPECT_TRUE(process.waitForFinished(60'000)) << args.join(QLatin1Char(' ')).toStdString();
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
@@ -301,6 +303,11 @@ TEST_F(CliTest, ExportClearImportGivesBackTheSameFile) {
   ASSERT_EQ(run({"export", "Pin_Planner", "-o", section_backup}).status, 0);
   EXPECT_EQ(run({"import", section_backup, "Memory_Editor"}).status, 0);
   EXPECT_EQ(raw_value("25.1_pro/Memory_Editor/Deep/er/Still").toString(), "äöü\nnext line");
+  // Standard output and standard input serve as the file too.
+  const tool_result exported = run({"export", "ECO"});
+  const tool_result piped = run({"import", "-", "Wizards"}, {}, exported.out.toUtf8());
+  EXPECT_EQ(piped.out, "Imported into 25.1_pro/Wizards: 1 value written, 0 refused.\n") << text(piped.err);
+  EXPECT_EQ(raw_value("25.1_pro/Wizards/x").toString(), "1");
   EXPECT_EQ(run({"import", backup, "Setup"}).status, 1);
 }
 
