@@ -24,7 +24,8 @@ case "$mode" in
   tsan)
     build="$here/build-tsan"
     cmake -S "$here" -B "$build" -DCMAKE_BUILD_TYPE=Debug -DCFGQ_SANITIZE=thread
-    export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
+    # tests/tsan.supp says which reports from the uninstrumented Qt and C libraries are dropped.
+    export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions=$here/tests/tsan.supp
     ;;
   *)
     echo "test.sh: unknown mode '$mode' (plain, asan, tsan)" >&2

@@ -151,15 +151,27 @@ void secure_temporary_file(const QString& path) {
       ::open(native.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (fd.get() < 0) {
     // ELOOP: a symbolic link stands at the path. ENOENT: the file is gone.
-    if (errno == ELOOP && ::unlink(native.constData()) != 0) return;
-    if (errno == ELOOP || errno == ENOENT) make_private_file(native);
+    const int error = errno;
+    if (error == ELOOP) {
+      struct stat link {};
+      if (::lstat(native.constData(), &link) != 0 || !S_ISLNK(link.st_mode)) return;
+      if (::unlink(native.constData()) != 0) return;
+    }
+    if (error == ELOOP || error == ENOENT) make_private_file(native);
     return;
   }
   struct stat st {};
   if (::fstat(fd.get(), &st) != 0) return;
+  // No link left: a writer on another thread or in another process renamed a new file into place
+  // since the open, and that file is the one to keep.
+  if (st.st_nlink == 0) return;
   if (!S_ISREG(st.st_mode) || st.st_uid != ::geteuid() || st.st_nlink != 1) {
-    // Not ours to read: a directory stays (Qt then can't use it); anything else is replaced.
-    if (S_ISDIR(st.st_mode) || ::unlink(native.constData()) != 0) return;
+    // Not ours to read: a directory stays (Qt then can't use it); anything else is replaced,
+    // unless a writer replaced it first.
+    struct stat now {};
+    if (S_ISDIR(st.st_mode) || ::lstat(native.constData(), &now) != 0) return;
+    if (now.st_dev != st.st_dev || now.st_ino != st.st_ino) return;
+    if (::unlink(native.constData()) != 0) return;
     make_private_file(native);
     return;
   }
