@@ -46,3 +46,9 @@ if(CFGQ_CLANGXX AND NOT CFGQ_FUZZ)
     ENVIRONMENT "FUZZ_BUILD_DIR=${PROJECT_BINARY_DIR}/fuzz"
     LABELS "reliability;fuzz" TIMEOUT 900)
 endif()
+
+# Views on eight threads sharing one file; scripts/test.sh tsan runs these under ThreadSanitizer.
+cfgq_add_test(shared_file_threads_test SOURCES shared_file_threads_test.cpp LABELS threads)
+
+# Odd key names, section names and values through the file and back.
+cfgq_add_test(odd_names_test SOURCES odd_names_test.cpp LABELS reliability)
