@@ -4,7 +4,7 @@
 // Qt shares one parsed copy of a file between the settings objects of a process, but once the
 // last of them is gone it keeps that copy only for small files (a few hundred parsed keys).
 // Every view owns its own settings object, and most callers make one view per operation, so
-// without a keeper each view on a realistic file re-read and re-parsed the whole file.
+// without a keeper each view on a realistic file would re-read and re-parse the whole file.
 #include "cfgq_settings_cache.h"
 
 #include <algorithm>
