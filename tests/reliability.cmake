@@ -52,3 +52,9 @@ cfgq_add_test(shared_file_threads_test SOURCES shared_file_threads_test.cpp LABE
 
 # Odd key names, section names and values through the file and back.
 cfgq_add_test(odd_names_test SOURCES odd_names_test.cpp LABELS reliability)
+
+# Two stock tclsh processes, 500 cfgq_create_registry calls each on one section at once.
+add_test(NAME tcl_two_writers
+  COMMAND ${TCL_TCLSH} ${CMAKE_CURRENT_SOURCE_DIR}/tcl_load/two_writers.tcl 500)
+set_tests_properties(tcl_two_writers PROPERTIES
+  ENVIRONMENT "${cfgq_tcl_environment}" LABELS "tcl;reliability" TIMEOUT 600)
