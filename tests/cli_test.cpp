@@ -445,6 +445,18 @@ TEST_F(CliTest, RecoverListsSetAsideCopiesAndMergesOneBack) {
   EXPECT_EQ(run({"recover", "--merge", "large", "--main-key", "23.4_pro"}).status, 1);
 }
 
+// The library keeps a copy of a file it reads with format errors; recover lists it beside the
+// file under the same name.
+TEST_F(CliTest, RecoverListsTheCopyKeptOfADamagedFile) {
+  QFile damaged(QStringLiteral(CFGQ_TEST_DATA_DIR "/damaged_line_without_equals.kreg"));
+  ASSERT_TRUE(damaged.open(QIODevice::ReadOnly));
+  write_profile_file(damaged.readAll());
+  EXPECT_EQ(run({"get", "General", "Show_tips"}).out, "Yes\n");
+  const tool_result list = run({"recover"});
+  EXPECT_TRUE(list.out.contains(profile_file() + QStringLiteral(".format-error\n"))) << text(list.out);
+  EXPECT_TRUE(list.out.contains(QLatin1String("main keys: 25.1_pro (running version, 2 values)")));
+}
+
 TEST_F(CliTest, RecoverMergeKeepsTheLiveFileWithinTheSizeLimit) {
   write_profile_file("[25.1_pro]\nGeneral\\A=live\n");
   {
