@@ -13,14 +13,15 @@ namespace {
 
 class ConcurrentWritersTest : public cfgq_test::SettingsTest {
  protected:
-  // Starts `writers` settings_writer processes at once, each writing `count` values of its own.
-  void run_writers(int writers, int count) {
+  // Starts `writers` settings_writer processes at once in `mode` ("write" or "count"), each
+  // with `count` steps on values of its own.
+  void run_writers(const char* mode, int writers, int count) {
     std::vector<std::unique_ptr<QProcess>> processes;
     for (int w = 0; w < writers; ++w) {
       auto process = std::make_unique<QProcess>();
       process->setProcessChannelMode(QProcess::ForwardedChannels);
       process->start(QStringLiteral(CFGQ_SETTINGS_WRITER),
-                     {QStringLiteral("write"), QStringLiteral("P%1").arg(w), QString::number(count)});
+                     {QString::fromUtf8(mode), QStringLiteral("P%1").arg(w), QString::number(count)});
       processes.push_back(std::move(process));
     }
     for (int w = 0; w < writers; ++w) {
@@ -36,7 +37,7 @@ class ConcurrentWritersTest : public cfgq_test::SettingsTest {
 TEST_F(ConcurrentWritersTest, FourProcessesLoseNoneOfTwoThousandValues) {
   constexpr int writers = 4;
   constexpr int count = 500;
-  run_writers(writers, count);
+  run_writers("write", writers, count);
 
   QSettings file(profile_file(), QSettings::IniFormat);
   ASSERT_EQ(file.status(), QSettings::NoError);
@@ -54,6 +55,18 @@ TEST_F(ConcurrentWritersTest, FourProcessesLoseNoneOfTwoThousandValues) {
   const QStringList leftovers =
       QDir(home()).entryList({QStringLiteral("korvel2.kreg.*")}, QDir::Files | QDir::System);
   EXPECT_TRUE(leftovers.isEmpty()) << leftovers.join(QLatin1Char(' ')).toStdString();
+}
+
+TEST_F(ConcurrentWritersTest, SameSizeUpdatesFromFourProcessesLoseNoStep) {
+  // Every step leaves the file the same size, so Qt tells another process's write only by the
+  // file's modification time; each writer checks before every step that its last one is there.
+  constexpr int writers = 4;
+  constexpr int steps = 100;
+  run_writers("count", writers, steps);
+  for (int w = 0; w < writers; ++w) {
+    SCOPED_TRACE(w);
+    EXPECT_EQ(raw_value(QStringLiteral("25.1_pro/General/P%1").arg(w)).toInt(), steps - 1);
+  }
 }
 
 }  // namespace
