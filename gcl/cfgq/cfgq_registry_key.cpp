@@ -325,10 +325,14 @@ CFGQ_REGISTRY_KEY::CFGQ_REGISTRY_KEY(const CFGQ_REGISTRY_KEY& parent, const std:
 CFGQ_REGISTRY_KEY::~CFGQ_REGISTRY_KEY() {
   if (!m_settings) return;
   const QString path = m_settings->fileName();
+  // The temporary file is the only file at its path: no need to read the environment again.
+  const bool temporary = path == temp_registry_file.path();
+  // A settings object writes the file when destroyed only after changes of its own: a view that
+  // only read needs no look at the file before and after.
+  if (!temporary && !cfgq_view_settings::of(*m_settings).changed()) return;
   const cfgq_file_state before = cfgq_state_of(path);
   m_settings.reset();
-  // The temporary file is the only file at its path: no need to read the environment again.
-  cfgq_settings_file_written(path, before, path == temp_registry_file.path());
+  cfgq_settings_file_written(path, before, temporary);
 }
 
 void CFGQ_REGISTRY_KEY::init() {
@@ -339,11 +343,13 @@ void CFGQ_REGISTRY_KEY::init() {
   if (file.size() > max_file_bytes && file.exists()) set_aside(".large");
 
   try {
-    m_settings = std::make_unique<QSettings>(get_registry_file_path(), QSettings::IniFormat);
+    m_settings =
+        std::make_unique<cfgq_view_settings>(get_registry_file_path(), QSettings::IniFormat);
   } catch (...) {
     set_aside(".corrupt");
     // Not guarded: a second failure reaches the caller constructing the view.
-    m_settings = std::make_unique<QSettings>(get_registry_file_path(), QSettings::IniFormat);
+    m_settings =
+        std::make_unique<cfgq_view_settings>(get_registry_file_path(), QSettings::IniFormat);
   }
   // Before any write can replace a file that Qt could read only in part.
   cfgq_keep_format_error_copy(*m_settings);
@@ -367,7 +373,10 @@ QVariant CFGQ_REGISTRY_KEY::value(const QString& key, const QVariant& default_va
 
 bool CFGQ_REGISTRY_KEY::contains(const QString& key) const { return m_settings->contains(key); }
 
-void CFGQ_REGISTRY_KEY::remove(const QString& key) { m_settings->remove(key); }
+void CFGQ_REGISTRY_KEY::remove(const QString& key) {
+  cfgq_view_settings::of(*m_settings).mark_changed();
+  m_settings->remove(key);
+}
 
 QList<QString> CFGQ_REGISTRY_KEY::allKeys() const { return m_settings->allKeys(); }
 
@@ -401,6 +410,7 @@ void CFGQ_REGISTRY_KEY::set_value(const QString& value_name, const QVariant& val
       msg_local_vdebug_no_checking_impl(module_name, "%s", text.c_str());
     }
   } else {
+    cfgq_view_settings::of(*m_settings).mark_changed();
     m_settings->setValue(value_name, value);
   }
   // Also after a refused value: a write never leaves a read's outcome behind.
@@ -466,7 +476,11 @@ int CFGQ_REGISTRY_KEY::copy(const QString& source, const QString& destination) {
 }
 
 void CFGQ_REGISTRY_KEY::clear_registry_key() {
+  cfgq_view_settings::of(*m_settings).mark_changed();
   for (const QString& key : m_settings->allKeys()) m_settings->remove(key);
 }
 
-void CFGQ_REGISTRY_KEY::clear() { m_settings->clear(); }
+void CFGQ_REGISTRY_KEY::clear() {
+  cfgq_view_settings::of(*m_settings).mark_changed();
+  m_settings->clear();
+}
