@@ -4,8 +4,8 @@
 //
 //   [25.1_pro]                         main key of a suite version and edition
 //   Registry_version=27
-//   [25.1_pro/General]                 one section per tool below it
-//   Show_tips=Yes
+//   General\Show_tips=Yes              section "General" of one tool, value "Show_tips"
+//   Change%20Manager%20Window\Show_apply_confirmation_dialog=No
 //
 // A CFGQ_REGISTRY_KEY is a view on that file standing in one group; it reads and writes values
 // by name. This is the library's only public header.
