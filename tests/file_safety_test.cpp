@@ -313,3 +313,52 @@ TEST_F(HostileFileTest, CopyEndsOnKeyWithEmptyGroupLevel) {
 }
 
 }  // namespace
+
+namespace {
+
+// Qt tells that another process rewrote the file only by its size and modification time, in
+// milliseconds. Where the file system's clock ticks coarsely (every few milliseconds on kernels
+// before 6.13), two writes of the same size in one tick look alike.
+class CoarseClockTest : public cfgq_test::SettingsTest {
+ protected:
+  // Another process's write: a new file renamed over the settings file, then given the time the
+  // old file had, as a coarse clock would.
+  void rewrite_in_the_same_tick(const QByteArray& bytes) {
+    const QDateTime tick = QFileInfo(profile_file()).lastModified();
+    const QString next = profile_file() + QStringLiteral(".next");
+    write_file(next, bytes);
+    ASSERT_EQ(::rename(QFile::encodeName(next).constData(),
+                       QFile::encodeName(profile_file()).constData()),
+              0);
+    set_modified(profile_file(), tick);
+  }
+};
+
+TEST_F(CoarseClockTest, SameSizeWriteInTheSameTickIsSeenAndKept) {
+  write_profile_file("[25.1_pro]\nGeneral\\Step=00000001\n");
+  {
+    Key view(Key::GENERAL, "25.1", nullptr);
+    EXPECT_EQ(view.value("Step").toString(), "00000001");
+  }
+  rewrite_in_the_same_tick("[25.1_pro]\nGeneral\\Step=00000002\n");
+  {
+    Key view(Key::GENERAL, "25.1", nullptr);
+    EXPECT_EQ(view.value("Step").toString(), "00000002");
+    view.set_value("Other", 1);
+  }
+  EXPECT_EQ(raw_value("25.1_pro/General/Step").toString(), "00000002");
+}
+
+TEST_F(CoarseClockTest, SameSizeWriteWhileAViewIsOpenIsKept) {
+  write_profile_file("[25.1_pro]\nGeneral\\Step=00000001\n");
+  {
+    Key view(Key::GENERAL, "25.1", nullptr);
+    EXPECT_EQ(view.value("Step").toString(), "00000001");
+    rewrite_in_the_same_tick("[25.1_pro]\nGeneral\\Step=00000002\n");
+    view.set_value("Other", 1);
+  }
+  EXPECT_EQ(raw_value("25.1_pro/General/Step").toString(), "00000002");
+  EXPECT_EQ(raw_value("25.1_pro/General/Other").toInt(), 1);
+}
+
+}  // namespace

@@ -21,6 +21,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 #endif
 
@@ -239,6 +240,57 @@ checked_files& checked() {
   return instance;
 }
 
+// What each file looked like when this process's settings objects last read or wrote it; Qt
+// keeps one parsed copy per file and process, and so does this record.
+class known_files {
+ public:
+  bool find(const QString& path, cfgq_file_state* state) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const auto it = m_known.constFind(path);
+    if (it == m_known.constEnd()) return false;
+    *state = *it;
+    return true;
+  }
+  void set(const QString& path, const cfgq_file_state& state) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_known.insert(path, state);
+  }
+
+ private:
+  std::mutex m_mutex;
+  QHash<QString, cfgq_file_state> m_known;
+};
+
+known_files& known() {
+  static known_files instance;
+  return instance;
+}
+
+// Gives the file at `path`, now in `state`, a new modification time when it was replaced since
+// this process last knew it but looks the same to Qt (same size, same modification time in
+// milliseconds), so that Qt reads it again. True when it did.
+bool reveal_unseen_change(const QString& path, const cfgq_file_state& state) {
+#ifndef _WIN32
+  cfgq_file_state last;
+  if (state.size < 0 || !known().find(path, &last)) return false;
+  if (state.size != last.size || state.modified_ms != last.modified_ms) return false;
+  if (state.inode == last.inode && state.changed_ns == last.changed_ns) return false;
+  struct timespec now {};
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  qint64 new_ms = qint64{now.tv_sec} * 1'000 + now.tv_nsec / 1'000'000;
+  // The clock may still be in the same millisecond: one later is different enough.
+  if (new_ms <= state.modified_ms) new_ms = state.modified_ms + 1;
+  const struct timespec times[2] = {{0, UTIME_OMIT},
+                                    {static_cast<time_t>(new_ms / 1'000),
+                                     static_cast<long>(new_ms % 1'000) * 1'000'000}};
+  return ::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0) == 0;
+#else
+  (void)path;
+  (void)state;
+  return false;
+#endif
+}
+
 }  // namespace
 
 cfgq_file_state cfgq_state_of(const QString& path) {
@@ -248,11 +300,13 @@ cfgq_file_state cfgq_state_of(const QString& path) {
   struct stat st {};
   if (::stat(QFile::encodeName(path).constData(), &st) != 0) return {};
   return {static_cast<qint64>(st.st_size),
-          static_cast<qint64>(st.st_mtim.tv_sec) * 1000 + st.st_mtim.tv_nsec / 1'000'000};
+          static_cast<qint64>(st.st_mtim.tv_sec) * 1000 + st.st_mtim.tv_nsec / 1'000'000,
+          static_cast<qint64>(st.st_ino),
+          static_cast<qint64>(st.st_ctim.tv_sec) * 1'000'000'000 + st.st_ctim.tv_nsec};
 #else
   const QFileInfo info(path);
   if (!info.exists()) return {};
-  return {info.size(), info.lastModified().toMSecsSinceEpoch()};
+  return {info.size(), info.lastModified().toMSecsSinceEpoch(), -1, -1};
 #endif
 }
 
@@ -283,11 +337,18 @@ void cfgq_prepare_settings_file(const QString& path, bool temporary) {
 #else
   (void)temporary;
 #endif
+  reveal_unseen_change(path, cfgq_state_of(path));
 }
 
-void cfgq_keep_format_error_copy(const QSettings& settings) {
+cfgq_file_state cfgq_settings_file_closing(const QString& path) {
+  const cfgq_file_state state = cfgq_state_of(path);
+  return reveal_unseen_change(path, state) ? cfgq_state_of(path) : state;
+}
+
+void cfgq_settings_file_opened(const QSettings& settings) {
   const QString path = settings.fileName();
   const cfgq_file_state state = cfgq_state_of(path);
+  known().set(path, state);
   if (state.size <= 0 || checked().is_known_clean(path, state)) return;
   if (!reads_with_format_error(settings)) {
     checked().set_clean(path, state);
@@ -308,7 +369,11 @@ void cfgq_settings_file_written(const QString& path, const cfgq_file_state& befo
   // Qt writes only what it parsed without error: a file that changed while this process's
   // settings object wrote it needs no check at the next view.
   const cfgq_file_state after = cfgq_state_of(path);
-  if (!(after == before)) checked().set_clean(path, after);
+  if (!(after == before)) {
+    // Only a write brings Qt's knowledge up to date: without pending changes it reads nothing.
+    known().set(path, after);
+    checked().set_clean(path, after);
+  }
   if (!temporary) return;
 #ifndef _WIN32
   struct stat st {};

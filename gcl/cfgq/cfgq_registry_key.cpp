@@ -340,7 +340,7 @@ CFGQ_REGISTRY_KEY::~CFGQ_REGISTRY_KEY() {
   // A settings object writes the file when destroyed only after changes of its own: a view that
   // only read needs no look at the file before and after.
   if (!temporary && !cfgq_view_settings::of(*m_settings).changed()) return;
-  const cfgq_file_state before = cfgq_state_of(path);
+  const cfgq_file_state before = cfgq_settings_file_closing(path);
   m_settings.reset();
   cfgq_settings_file_written(path, before, temporary);
 }
@@ -361,8 +361,9 @@ void CFGQ_REGISTRY_KEY::init() {
     m_settings =
         std::make_unique<cfgq_view_settings>(get_registry_file_path(), QSettings::IniFormat);
   }
-  // Before any write can replace a file that Qt could read only in part.
-  cfgq_keep_format_error_copy(*m_settings);
+  // Notes the file as Qt now knows it, and copies a file Qt could read only in part before any
+  // write can replace it.
+  cfgq_settings_file_opened(*m_settings);
   // Keeps the file's parsed state for the next view, which then costs a lookup, not a re-read.
   cfgq_keep_settings_file(m_settings->fileName());
 }
