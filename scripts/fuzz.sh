@@ -32,7 +32,8 @@ status=0
   -artifact_prefix="$artifacts/" "$corpus" "$here/tests/fuzz/corpus" >"$log" 2>&1 || status=$?
 runs=$(sed -n 's/^Done \([0-9]*\) runs.*/\1/p' "$log" | tail -1)
 crashes=$(find "$artifacts" -type f | wc -l)
-echo "fuzz: ${runs:-0} executions in ${seconds} s, crashes $crashes, corpus $(ls "$corpus" | wc -l) inputs"
+inputs=$(find "$corpus" -type f | wc -l)
+echo "fuzz: ${runs:-0} executions in ${seconds} s, crashes $crashes, corpus $inputs inputs"
 if [ "$status" -ne 0 ] || [ "$crashes" -ne 0 ]; then
   tail -40 "$log" >&2
   exit 1

@@ -21,7 +21,8 @@ export HOME=$work KORVEL_VERSION=25.1
 unset KORVEL_REGTEST QT_QPA_PLATFORM PBUILD_BUILD KORVEL_DEBUG
 
 temporaries() {  # killed writers' temporaries beside the settings file
-  find "$work" -maxdepth 1 -regex '.*/korvel2\.kreg\.[A-Za-z][A-Za-z][A-Za-z][A-Za-z][A-Za-z][A-Za-z]' |
+  local letter='[A-Za-z]'
+  find "$work" -maxdepth 1 -regex ".*/korvel2\\.kreg\\.$letter$letter$letter$letter$letter$letter" |
     wc -l
 }
 strays() {  # those and lock files
@@ -58,7 +59,8 @@ for ((k = 1; k <= kills; k++)); do
   fi
 done
 damaged=$(find "$work" -maxdepth 1 -name 'korvel2.kreg.format-error' | wc -l)
-echo "soak: kills $kills, values checked $checked, lost 0, kills leaving a temporary or lock" \
-  "$left_behind (a temporary $left_temporary), most standing at once $most_strays, left after the next view $(strays)," \
+echo "soak: kills $kills, values checked $checked, lost 0," \
+  "kills leaving a temporary or lock $left_behind (a temporary $left_temporary)," \
+  "most standing at once $most_strays, left after the next view $(strays)," \
   "damaged-file copies $damaged"
 if [ "$damaged" -ne 0 ]; then exit 1; fi

@@ -20,8 +20,9 @@ class ConcurrentWritersTest : public cfgq_test::SettingsTest {
     for (int w = 0; w < writers; ++w) {
       auto process = std::make_unique<QProcess>();
       process->setProcessChannelMode(QProcess::ForwardedChannels);
-      process->start(QStringLiteral(CFGQ_SETTINGS_WRITER),
-                     {QString::fromUtf8(mode), QStringLiteral("P%1").arg(w), QString::number(count)});
+      process->start(
+          QStringLiteral(CFGQ_SETTINGS_WRITER),
+          {QString::fromUtf8(mode), QStringLiteral("P%1").arg(w), QString::number(count)});
       processes.push_back(std::move(process));
     }
     for (int w = 0; w < writers; ++w) {

@@ -82,14 +82,23 @@ TEST_F(DamagedFileTest, KeepsByteExactCopyBeforeTheFirstWrite) {
 
 TEST_F(DamagedFileTest, CleanFileGetsNoCopyAndLeavesOlderCopyAlone) {
   write_profile_file("[25.1_pro]\nGeneral\\Show_tips=Yes\n");
-  { Key view(Key::GENERAL, "25.1", nullptr); view.set_value("Theme", "Dark"); }
+  {
+    Key view(Key::GENERAL, "25.1", nullptr);
+    view.set_value("Theme", "Dark");
+  }
   EXPECT_FALSE(QFile::exists(copy_path()));
 
   const QByteArray damaged = test_data("damaged_line_without_equals.kreg");
   write_profile_file(damaged);
-  { Key view(Key::GENERAL, "25.1", nullptr); view.set_value("Theme", "Light"); }
+  {
+    Key view(Key::GENERAL, "25.1", nullptr);
+    view.set_value("Theme", "Light");
+  }
   // Later views on the repaired file don't touch the copy.
-  { Key view(Key::GENERAL, "25.1", nullptr); view.set_value("Theme", "Dark"); }
+  {
+    Key view(Key::GENERAL, "25.1", nullptr);
+    view.set_value("Theme", "Dark");
+  }
   EXPECT_EQ(read_bytes(copy_path()), damaged);
 }
 
@@ -97,18 +106,24 @@ TEST_F(DamagedFileTest, NewerDamagedFileReplacesOlderCopy) {
   const QByteArray first = test_data("damaged_line_without_equals.kreg");
   const QByteArray second = test_data("damaged_unterminated_section.kreg");
   write_profile_file(first);
-  { Key view(Key::GENERAL, "25.1", nullptr); view.set_value("Step", 1); }
+  {
+    Key view(Key::GENERAL, "25.1", nullptr);
+    view.set_value("Step", 1);
+  }
   write_profile_file(second);
-  { Key view(Key::GENERAL, "25.1", nullptr); view.set_value("Step", 2); }
+  {
+    Key view(Key::GENERAL, "25.1", nullptr);
+    view.set_value("Step", 2);
+  }
   EXPECT_EQ(read_bytes(copy_path()), second);
 }
 
 TEST_F(DamagedFileTest, CopyReplacesLinkPlantedAtItsNameWithoutWritingThrough) {
   const QString victim = QDir(home()).absoluteFilePath("victim.txt");
   write_file(victim, "precious\n");
-  ASSERT_EQ(::symlink(QFile::encodeName(victim).constData(),
-                      QFile::encodeName(copy_path()).constData()),
-            0);
+  ASSERT_EQ(
+      ::symlink(QFile::encodeName(victim).constData(), QFile::encodeName(copy_path()).constData()),
+      0);
   write_profile_file(test_data("damaged_line_without_equals.kreg"));
   { const Key view(Key::GENERAL, "25.1", nullptr); }
   EXPECT_EQ(read_bytes(victim), "precious\n");
@@ -158,8 +173,8 @@ TEST_F(StaleTemporaryTest, KilledWritersLockVouchesForTemporaryOfOneCase) {
   const QDateTime now = QDateTime::currentDateTime();
   write_file(beside(".backup"), "made before the writer died\n");
   set_modified(beside(".backup"), now.addSecs(-120));
-  write_file(beside(".lock"), "2147483646\nsettings_writer\n" +
-                                  QSysInfo::machineHostName().toUtf8() + "\n");
+  write_file(beside(".lock"),
+             "2147483646\nsettings_writer\n" + QSysInfo::machineHostName().toUtf8() + "\n");
   set_modified(beside(".lock"), now.addSecs(-60));
   write_file(beside(".abcdef"), "[25.1_pro]\n");
   { const Key view(Key::GENERAL, "25.1", nullptr); }
@@ -215,7 +230,10 @@ TEST_F(TemporarySettingsFileTest, StaysReadableByOwnerOnlyAcrossWrites) {
   for (int round = 0; round < 3; ++round) {
     SCOPED_TRACE(round);
     if (round == 2) QFile::remove(path);  // gone between views: made again the same way
-    { Key view(Key::GENERAL, "25.1", nullptr); view.set_value("Round", round); }
+    {
+      Key view(Key::GENERAL, "25.1", nullptr);
+      view.set_value("Round", round);
+    }
     EXPECT_EQ(mode_of(path) & 07777, 0600u);
   }
   const Key view(Key::GENERAL, "25.1", nullptr);
@@ -256,7 +274,10 @@ TEST_F(PermissionsTest, ProfileFileKeepsTheModeTheUserGaveIt) {
     SCOPED_TRACE(mode);
     write_profile_file("[25.1_pro]\nGeneral\\Show_tips=Yes\n");
     ASSERT_EQ(::chmod(QFile::encodeName(profile_file()).constData(), mode), 0);
-    { Key view(Key::GENERAL, "25.1", nullptr); view.set_value("Mode", static_cast<int>(mode)); }
+    {
+      Key view(Key::GENERAL, "25.1", nullptr);
+      view.set_value("Mode", static_cast<int>(mode));
+    }
     EXPECT_EQ(mode_of(profile_file()) & 07777, mode);
     EXPECT_EQ(raw_value("25.1_pro/General/Mode").toInt(), static_cast<int>(mode));
   }
@@ -277,7 +298,10 @@ TEST_F(PermissionsTest, UnwritableSettingsPathLeavesProcessRunningAndFileIntact)
   EXPECT_EQ(read_bytes(file_home), file_home_bytes);
 
   ASSERT_TRUE(QDir(home()).mkdir("korvel2.kreg"));
-  { Key view(Key::GENERAL, "25.1", nullptr); view.set_value("Lost", 1); }
+  {
+    Key view(Key::GENERAL, "25.1", nullptr);
+    view.set_value("Lost", 1);
+  }
   EXPECT_TRUE(QFileInfo(profile_file()).isDir());
 }
 

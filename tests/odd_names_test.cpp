@@ -45,9 +45,14 @@ class OddNamesTest : public cfgq_test::SettingsTest {
 };
 
 const char* const odd_names[] = {
-    "with blank",  " leading and trailing ", "equals=sign", "semi;colon", "hash#mark",
-    "back\\slash", "double\"quote",          "single'quote", "[brackets]", "percent%20sign",
-    "tab\there",   "Ümläut_ß",               "日本語",        "emoji_😀",    "@at_sign",
+    "with blank",    " leading and trailing ",
+    "equals=sign",   "semi;colon",
+    "hash#mark",     "back\\slash",
+    "double\"quote", "single'quote",
+    "[brackets]",    "percent%20sign",
+    "tab\there",     "Ümläut_ß",
+    "日本語",        "emoji_😀",
+    "@at_sign",
 };
 
 TEST_F(OddNamesTest, KeyNamesComeBackUnchanged) {
@@ -99,7 +104,8 @@ TEST_F(OddNamesTest, BytesAndListsComeBackUnchanged) {
   QByteArray every_byte;
   for (int b = 0; b < 256; ++b) every_byte.append(static_cast<char>(b));
   EXPECT_EQ(write_and_read_back("General", "Bytes", every_byte), QVariant(every_byte));
-  EXPECT_EQ(write_and_read_back("General", "Empty_bytes", QByteArray()).toByteArray(), QByteArray());
+  EXPECT_EQ(write_and_read_back("General", "Empty_bytes", QByteArray()).toByteArray(),
+            QByteArray());
 
   const QStringList lists[] = {
       {"a", "b"},

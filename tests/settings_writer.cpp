@@ -75,7 +75,8 @@ int count_up(const QString& name, long count) {
     if (i > 0 && (!view.get_value(name, &previous) || previous.toLongLong() != i - 1)) ++lost;
     view.set_value(name, QStringLiteral("%1").arg(i, 8, 10, QLatin1Char('0')));
   }
-  if (lost != 0) std::fprintf(stderr, "settings_writer: %ld lost steps of %s\n", lost, qPrintable(name));
+  if (lost != 0)
+    std::fprintf(stderr, "settings_writer: %ld lost steps of %s\n", lost, qPrintable(name));
   return lost == 0 ? 0 : 1;
 }
 
@@ -109,7 +110,8 @@ int main(int argc, char** argv) {
     return write_values(QString::fromLocal8Bit(argv[2]), std::strtol(argv[3], nullptr, 10),
                         argc == 5 ? argv[4] : nullptr);
   }
-  if (mode == "loop" && argc == 4) return write_values(QString::fromLocal8Bit(argv[2]), -1, argv[3]);
+  if (mode == "loop" && argc == 4)
+    return write_values(QString::fromLocal8Bit(argv[2]), -1, argv[3]);
   if (mode == "count" && argc == 4) {
     return count_up(QString::fromLocal8Bit(argv[2]), std::strtol(argv[3], nullptr, 10));
   }

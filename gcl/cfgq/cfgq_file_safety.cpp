@@ -137,8 +137,8 @@ void remove_dead_empty_lock(const QString& lock_path) {
 
 // Makes an empty file at `path` that nobody else can read; never follows a link.
 void make_private_file(const QByteArray& path) {
-  const owned_fd fd(::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                           owner_only));
+  const owned_fd fd(
+      ::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, owner_only));
   // The mode given to open is narrowed by the umask only, never widened; fchmod says it exactly.
   if (fd.get() >= 0) ::fchmod(fd.get(), owner_only);
 }
@@ -148,8 +148,7 @@ void make_private_file(const QByteArray& path) {
 void secure_temporary_file(const QString& path) {
   const QByteArray native = QFile::encodeName(path);
   // O_NONBLOCK: a pipe planted at the path must not stop the process here.
-  const owned_fd fd(
-      ::open(native.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  const owned_fd fd(::open(native.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (fd.get() < 0) {
     // ELOOP: a symbolic link stands at the path. ENOENT: the file is gone.
     const int error = errno;
@@ -280,9 +279,9 @@ bool reveal_unseen_change(const QString& path, const cfgq_file_state& state) {
   qint64 new_ms = qint64{now.tv_sec} * 1'000 + now.tv_nsec / 1'000'000;
   // The clock may still be in the same millisecond: one later is different enough.
   if (new_ms <= state.modified_ms) new_ms = state.modified_ms + 1;
-  const struct timespec times[2] = {{0, UTIME_OMIT},
-                                    {static_cast<time_t>(new_ms / 1'000),
-                                     static_cast<long>(new_ms % 1'000) * 1'000'000}};
+  const struct timespec times[2] = {
+      {0, UTIME_OMIT},
+      {static_cast<time_t>(new_ms / 1'000), static_cast<long>(new_ms % 1'000) * 1'000'000}};
   return ::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0) == 0;
 #else
   (void)path;

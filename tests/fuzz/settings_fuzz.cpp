@@ -34,7 +34,8 @@ class fuzz_home {
     // Qt's warnings about odd keys would fill the log and slow every run down.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     setenv("HOME", m_dir.path().toLocal8Bit().constData(), 1);
-    for (const char* isolation : {"KORVEL_REGTEST", "QT_QPA_PLATFORM", "PBUILD_BUILD", "KORVEL_DEBUG"}) {
+    for (const char* isolation :
+         {"KORVEL_REGTEST", "QT_QPA_PLATFORM", "PBUILD_BUILD", "KORVEL_DEBUG"}) {
       unsetenv(isolation);
     }
     setenv("KORVEL_VERSION", "25.1", 1);
@@ -95,8 +96,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     Key general(Key::GENERAL, nullptr, nullptr);
     read_everything(general);
-    general.set_value(QStringLiteral("Fuzz_written"), QByteArray(reinterpret_cast<const char*>(data),
-                                                                 static_cast<qsizetype>(size)));
+    general.set_value(
+        QStringLiteral("Fuzz_written"),
+        QByteArray(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size)));
   }
   {
     // Reopen what the views wrote, then empty it.
