@@ -85,16 +85,19 @@ bool remove_stale_temporaries(const QString& path) {
   remove_dead_empty_lock(lock_path);
 #endif
   const QFileInfo old_lock(lock_path);
-  const bool killed_writer_lock = old_lock.exists();
-  if (candidates.isEmpty() && !killed_writer_lock) return true;
-  const QDateTime killed_writer_since = old_lock.lastModified();
+  const bool lock_stood = old_lock.exists();
+  if (candidates.isEmpty() && !lock_stood) return true;
+  const QDateTime lock_made = old_lock.lastModified();
   QLockFile lock(lock_path);
-  if (!lock.tryLock(0)) return false;
+  if (!lock.tryLock(0)) {
+    // A live writer's lock goes with its writer. Temporaries, or an empty lock too young to
+    // judge, are worth another look at a later view; a lock alone is not.
+    return candidates.isEmpty() && old_lock.size() != 0;
+  }
   for (const QString& name : candidates) {
     const QFileInfo candidate(dir.filePath(name));
     if (!candidate.isFile() || candidate.isSymLink()) continue;
-    const bool left_by_that_writer =
-        killed_writer_lock && candidate.lastModified() >= killed_writer_since;
+    const bool left_by_that_writer = lock_stood && candidate.lastModified() >= lock_made;
     if (cfgq_is_stale_temporary_name(name, file_name, left_by_that_writer)) {
       QFile::remove(candidate.filePath());
     }
@@ -328,15 +331,17 @@ bool cfgq_is_stale_temporary_name(const QString& name, const QString& file_name,
   return (upper && lower) || one_case_too;
 }
 
-void cfgq_prepare_settings_file(const QString& path, bool temporary) {
-  if (path.isEmpty()) return;
+qint64 cfgq_prepare_settings_file(const QString& path, bool temporary) {
+  if (path.isEmpty()) return -1;
   if (!cleaned().contains(path) && remove_stale_temporaries(path)) cleaned().insert(path);
 #ifndef _WIN32
   if (temporary) secure_temporary_file(path);
 #else
   (void)temporary;
 #endif
-  reveal_unseen_change(path, cfgq_state_of(path));
+  const cfgq_file_state state = cfgq_state_of(path);
+  reveal_unseen_change(path, state);
+  return state.size;
 }
 
 cfgq_file_state cfgq_settings_file_closing(const QString& path) {
