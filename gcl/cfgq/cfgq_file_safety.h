@@ -25,8 +25,9 @@ constexpr const char* format_error_suffix = ".format-error";
 //    empty file is made in its place, exclusively and without following links; the file is made
 //    readable and writable by its owner only. A missing file is made the same way.
 // Failures are not reported: the settings object then opens whatever stands at `path`.
-// Safe to call from several threads at once.
-void cfgq_prepare_settings_file(const QString& path, bool temporary);
+// Returns the file's size in bytes as it then stands, -1 when there is none (the size check of
+// the view's opening uses it: one stat less per view). Safe to call from several threads at once.
+qint64 cfgq_prepare_settings_file(const QString& path, bool temporary);
 
 // Call once a settings object has opened its file, while it stands at the file's root. Records
 // the file as this process's settings objects now know it. When Qt reads the file with a format

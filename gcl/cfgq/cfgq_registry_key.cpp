@@ -346,11 +346,10 @@ CFGQ_REGISTRY_KEY::~CFGQ_REGISTRY_KEY() {
 }
 
 void CFGQ_REGISTRY_KEY::init() {
-  cfgq_prepare_settings_file(get_registry_file_path(), is_isolated_run());
-  const QFileInfo file(get_registry_file_path());
-  // Strictly greater: a file of exactly max_file_bytes is still opened. size() first: its stat
-  // also answers exists(), which asked first costs a system call of its own.
-  if (file.size() > max_file_bytes && file.exists()) set_aside(".large");
+  // The preparation looks at the file anyway: its size (-1 for no file) spares a second look.
+  const qint64 size = cfgq_prepare_settings_file(get_registry_file_path(), is_isolated_run());
+  // Strictly greater: a file of exactly max_file_bytes is still opened.
+  if (size > max_file_bytes) set_aside(".large");
 
   try {
     m_settings =
