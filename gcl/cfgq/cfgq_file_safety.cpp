@@ -1,5 +1,6 @@
-// Safety around the settings file: temporaries of killed writers, copies of damaged files, and
-// the ownership and mode of the process's temporary settings file.
+// Safety around the settings file: leftovers of killed writers, copies of damaged files, writes
+// of other processes that Qt can't tell apart, and the ownership and mode of the process's
+// temporary settings file.
 #include "cfgq_file_safety.h"
 
 #include <cerrno>
@@ -61,9 +62,8 @@ constexpr qint64 dead_empty_lock_age_ms = 1'000;
 void remove_dead_empty_lock(const QString& lock_path);
 #endif
 
-// Removes the temporaries that killed writers left beside `path`. True when nothing is left to
-// do for the rest of the process; false when a writer held the lock, so that a later view tries
-// again.
+// Removes the temporaries and the lock that killed writers left beside `path`. True when nothing
+// is left to do for the rest of the process; false when a later view should look again.
 bool remove_stale_temporaries(const QString& path) {
   const QFileInfo file(path);
   const QString file_name = file.fileName();
