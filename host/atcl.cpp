@@ -13,6 +13,10 @@ namespace {
 // The interpreter packages register into, and whether Tcl loaded us as a package.
 Tcl_Interp* current_interpreter = nullptr;
 bool loaded_as_package = false;
+// The interpreter whose command is running on this thread (the innermost one), null outside a
+// command. A package's commands may live in several interpreters; parse errors and help belong
+// to the one that called, not to the interpreter packages register into.
+thread_local Tcl_Interp* calling_interpreter = nullptr;
 
 // The package between atcl_begin_package_setup and atcl_end_package_setup.
 struct package_setup {
@@ -60,12 +64,23 @@ std::string global_command_name(const char* name) {
   return text.compare(0, 2, "::") == 0 ? text : "::" + text;
 }
 
+// Every command of a package runs through here, so that the parser knows its interpreter.
+int call_command(ClientData data, Tcl_Interp* interp, int argc, const char* argv[]) {
+  const ATCL_CALLBACK& entry = *static_cast<const ATCL_CALLBACK*>(data);
+  struct restore_on_return {
+    Tcl_Interp* outer;
+    ~restore_on_return() { calling_interpreter = outer; }
+  } restore{calling_interpreter};
+  calling_interpreter = interp;
+  return entry.proc(entry.client_data, interp, argc, argv);
+}
+
 void create_commands(Tcl_Interp* interp, const ATCL_CALLBACK* table) {
   for (const ATCL_CALLBACK* entry = table; entry->proc || entry->name || entry->client_data;
        ++entry) {
     if (entry->proc == nullptr || entry->name == nullptr) continue;
-    Tcl_CreateCommand(interp, global_command_name(entry->name).c_str(), entry->proc,
-                      entry->client_data, nullptr);
+    Tcl_CreateCommand(interp, global_command_name(entry->name).c_str(), call_command,
+                      const_cast<ATCL_CALLBACK*>(entry), nullptr);
     trace("created command %s", entry->name);
   }
 }
@@ -249,7 +264,7 @@ int ATCL_ARGS::process_tcl_command_arguments(const ATCL_CMD* command, bool* done
   m_positional.clear();
   m_options.clear();
   if (done != nullptr) *done = false;
-  Tcl_Interp* interp = current_interpreter;
+  Tcl_Interp* interp = calling_interpreter ? calling_interpreter : current_interpreter;
   const std::string command_name =
       command ? text_or_empty(command->definition().command_name) : std::string();
   auto fail = [&](const std::string& what, const char* word) {

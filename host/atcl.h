@@ -98,9 +98,10 @@ class ATCL_ARGS {
 
   // Parses argv[1..argc-1] (argv[0] is the command's name) for `command`. Returns TCL_OK with
   // *done false and the holder filled; TCL_OK with *done true after printing help (nothing more
-  // to do); TCL_ERROR with a message in the interpreter's result naming the offending word: an
-  // unknown option, an option without its value, a surplus positional word. A missing
-  // positional argument is not an error here: the command decides.
+  // to do); TCL_ERROR with a message naming the offending word (an unknown option, an option
+  // without its value, a surplus positional word) in the result of the interpreter whose
+  // command is running, which also gets the help; outside a command, the interpreter in use.
+  // A missing positional argument is not an error here: the command decides.
   int process_tcl_command_arguments(const ATCL_CMD* command, bool* done, int argc,
                                     const char* const* argv);
 
