@@ -85,8 +85,32 @@ void create_commands(Tcl_Interp* interp, const ATCL_CALLBACK* table) {
   }
 }
 
+// Interpreters that were made the one in use and are not deleted yet, the most recent last.
+// When the one in use is deleted (a child interpreter that loaded a package), the most recent
+// survivor takes its place: the process still has an interpreter. A handful at most.
+constexpr int max_interpreters = 16;
+Tcl_Interp* live_interpreters[max_interpreters] = {};
+int live_interpreter_count = 0;
+
+// Takes `interp` out of live_interpreters; returns whether it was there.
+bool drop_live_interpreter(Tcl_Interp* interp) {
+  for (int i = 0; i < live_interpreter_count; ++i) {
+    if (live_interpreters[i] != interp) continue;
+    for (int j = i + 1; j < live_interpreter_count; ++j) {
+      live_interpreters[j - 1] = live_interpreters[j];
+    }
+    live_interpreters[--live_interpreter_count] = nullptr;
+    return true;
+  }
+  return false;
+}
+
 void forget_interpreter(ClientData, Tcl_Interp* interp) {
-  if (current_interpreter == interp) current_interpreter = nullptr;
+  drop_live_interpreter(interp);
+  if (current_interpreter == interp) {
+    current_interpreter =
+        live_interpreter_count > 0 ? live_interpreters[live_interpreter_count - 1] : nullptr;
+  }
 }
 
 bool is_positional(const ATCL_ARG_DEFINITION& argument) { return argument.positional != 0; }
@@ -110,12 +134,16 @@ Tcl_Interp* atcl_get_interpreter() { return current_interpreter; }
 
 void atcl_set_interpreter(Tcl_Interp* interp) {
   if (current_interpreter == interp) return;
-  if (current_interpreter != nullptr) {
-    Tcl_DontCallWhenDeleted(current_interpreter, forget_interpreter, nullptr);
-  }
   current_interpreter = interp;
+  if (interp == nullptr) return;
+  const bool known = drop_live_interpreter(interp);
+  if (live_interpreter_count == max_interpreters) {
+    Tcl_DontCallWhenDeleted(live_interpreters[0], forget_interpreter, nullptr);
+    drop_live_interpreter(live_interpreters[0]);
+  }
+  live_interpreters[live_interpreter_count++] = interp;
   // A deleted interpreter must not be handed out again, at exit least of all.
-  if (interp != nullptr) Tcl_CallWhenDeleted(interp, forget_interpreter, nullptr);
+  if (!known) Tcl_CallWhenDeleted(interp, forget_interpreter, nullptr);
 }
 
 bool atcl_is_dynamically_loading() { return loaded_as_package; }

@@ -133,12 +133,14 @@ void atcl_unregister_package(Tcl_Interp* interp);
 // Closes the setup opened by atcl_begin_package_setup.
 void atcl_end_package_setup();
 
-// The interpreter in use, null when none exists (or it has been deleted).
+// The interpreter in use, null when none exists (or every one made the interpreter in use has
+// been deleted).
 Tcl_Interp* atcl_get_interpreter();
 
 // Makes `interp` the interpreter in use (null: none). A host program that creates its own
 // interpreter calls this before loading packages. The stand-in forgets the interpreter when
-// Tcl deletes it.
+// Tcl deletes it; the one in use before it, if still alive, is then the interpreter in use
+// again (a child interpreter that loaded a package and was deleted).
 void atcl_set_interpreter(Tcl_Interp* interp);
 
 // True once the stand-in was loaded into an interpreter as a Tcl package (Atcl_Init): packages

@@ -314,6 +314,18 @@ TEST_F(TclPackageTest, TheLibraryForgetsADeletedInterpreter) {
   EXPECT_EQ(atcl_get_interpreter(), nullptr);
 }
 
+TEST_F(TclPackageTest, DeletingALaterInterpreterHandsBackTheEarlierOne) {
+  // As when a child interpreter loads the package and is deleted: the first one still exists.
+  Tcl_Interp* const later = Tcl_CreateInterp();
+  atcl_set_interpreter(later);
+  Tcl_DeleteInterp(later);
+  EXPECT_EQ(atcl_get_interpreter(), m_interp);
+  atcl_set_interpreter(nullptr);
+  Tcl_DeleteInterp(m_interp);
+  m_interp = nullptr;
+  EXPECT_EQ(atcl_get_interpreter(), nullptr);
+}
+
 TEST_F(TclPackageTest, ProcessIsNotLoadingPackagesDynamically) {
   // Linked in, not loaded by Tcl: the package registered itself as the static package.
   EXPECT_FALSE(atcl_is_dynamically_loading());
