@@ -393,8 +393,11 @@ void exit_with_the_package_registered() {
 TEST_F(TclArgsDeathTest, QtProcessRemovesTheCommandsAtExit) {
   EnvGuard qt("KORVEL_QT_PROCESS", "1");
   EnvGuard debug("KORVEL_DEBUG", "ATCL");
+  // Registration names no module or entry points; unregistration names both.
   EXPECT_EXIT(exit_with_the_package_registered(), ::testing::ExitedWithCode(0),
-              "unregister ::korvel::gui_settings");
+              "begin setup of ::korvel::gui_settings 1\\.0 \\(registering\\)\n.*"
+              "begin setup of ::korvel::gui_settings 1\\.0 \\(unregistering\\) module gcl_cfgq "
+              "entry points cfgq_gui_settings\n.*unregister ::korvel::gui_settings");
 }
 
 }  // namespace
