@@ -12,8 +12,6 @@
 #include <string>
 #include <string_view>
 
-#include <QDir>
-#include <QFileInfo>
 #include <QMap>
 #include <QSettings>
 #include <QStringList>
