@@ -364,7 +364,7 @@ TEST_F(TclArgsDeathTest, RegistrationWithoutInterpreterFailsAfterTheSetup) {
 TEST_F(TclArgsDeathTest, UnregistrationWithoutInterpreterIsAnInternalError) {
   atcl_set_interpreter(nullptr);
   EXPECT_DEATH(cfgq_gui_settings_unregister_tcl(),
-               "A Tcl interpreter must exist before unregistering ::korvel::gui_settings!");
+               "A Tcl interpreter must exist before registering ::korvel::gui_settings!");
 }
 
 TEST_F(TclArgsDeathTest, PackageIsUnregisteredAtExitOnlyInQtProcesses) {
@@ -378,7 +378,7 @@ TEST_F(TclArgsDeathTest, PackageIsUnregisteredAtExitOnlyInQtProcesses) {
     // A Qt process unregisters at exit, which needs the interpreter it no longer has.
     EnvGuard qt("KORVEL_QT_PROCESS", "1");
     EXPECT_DEATH(std::exit(0),
-                 "A Tcl interpreter must exist before unregistering ::korvel::gui_settings!");
+                 "A Tcl interpreter must exist before registering ::korvel::gui_settings!");
   }
 }
 

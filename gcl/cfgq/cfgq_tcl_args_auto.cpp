@@ -373,14 +373,17 @@ extern "C" int Gui_settings_Unload(Tcl_Interp*, int) {
   return TCL_OK;
 }
 
+namespace {
+constexpr const char* no_interpreter_message =
+    "A Tcl interpreter must exist before registering ::korvel::gui_settings!";
+}  // namespace
+
 extern "C" void cfgq_gui_settings_register_tcl() {
   atcl_begin_package_setup(package_namespace, package_version, nullptr, nullptr, false);
   atcl_register_callbacks(command_table);
   atcl_end_package_setup();
   if (atcl_get_interpreter() == nullptr) {
-    MSG_INTERNAL_ERROR::report(
-        "A Tcl interpreter must exist before registering ::korvel::gui_settings!", module_name,
-        this_file, __LINE__);
+    MSG_INTERNAL_ERROR::report(no_interpreter_message, module_name, this_file, __LINE__);
   }
   // Not examined: the commands exist whether or not providing succeeds.
   Tcl_PkgProvideEx(atcl_get_interpreter(), package_namespace, package_version, nullptr);
@@ -389,9 +392,8 @@ extern "C" void cfgq_gui_settings_register_tcl() {
 extern "C" void cfgq_gui_settings_unregister_tcl() {
   Tcl_Interp* const interp = atcl_get_interpreter();
   if (interp == nullptr) {
-    MSG_INTERNAL_ERROR::report(
-        "A Tcl interpreter must exist before unregistering ::korvel::gui_settings!", module_name,
-        this_file, __LINE__);
+    // The same report as registration's: either way the package has no interpreter to work in.
+    MSG_INTERNAL_ERROR::report(no_interpreter_message, module_name, this_file, __LINE__);
   }
   atcl_begin_package_setup(package_namespace, package_version, unregister_module,
                            entry_point_stem, true);
