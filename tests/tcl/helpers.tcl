@@ -26,6 +26,15 @@ proc restore_home {} {
     set ::env(HOME) $::saved_home
 }
 
+# A tcltest case on a fresh HOME: use_fresh_home runs before the case's own -setup script and
+# restore_home after its own -cleanup script; the scripts run in the caller's scope, as with test.
+proc settingsTest {name description args} {
+    set options [dict merge {-setup {} -cleanup {}} $args]
+    dict set options -setup "use_fresh_home\n[dict get $options -setup]"
+    dict set options -cleanup "[dict get $options -cleanup]\nrestore_home"
+    uplevel 1 [list test $name $description {*}$options]
+}
+
 # The cfgq command-line tool of the same build, which works through the library's own
 # section views: CFGQ_TOOL names it.
 testConstraint cfgqTool [expr {[info exists ::env(CFGQ_TOOL)] && [file executable $::env(CFGQ_TOOL)]}]
