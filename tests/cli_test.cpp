@@ -14,6 +14,8 @@
 
 namespace {
 
+using cfgq_test::write_file;
+
 struct tool_result {
   int status = -1;
   QString out;
@@ -39,17 +41,6 @@ class CliTest : public cfgq_test::SettingsTest {
     const QByteArray out = process.readAllStandardOutput();
     return {process.exitCode(), QString::fromUtf8(out),
             QString::fromUtf8(process.readAllStandardError()), out};
-  }
-
-  QByteArray profile_bytes() const {
-    QFile file(profile_file());
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-  }
-
-  void write_file(const QString& path, const QByteArray& bytes) const {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    ASSERT_EQ(file.write(bytes), bytes.size());
   }
 
   // A profile with two sections, a subgroup and another version's main key.

@@ -27,11 +27,6 @@ class CopyClearTest : public cfgq_test::SettingsTest {
     return lines;
   }
 
-  QByteArray file_bytes() const {
-    QFile file(profile_file());
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-  }
-
   // Fills "Src" at the root: two keys and a subgroup of three.
   static void fill_source(Key& root) {
     root.set_value("Src/a", "1");
@@ -113,7 +108,7 @@ TEST_F(CopyClearTest, MissingSourceCopiesNothingAndCreatesNoGroup) {
     Key root(Key::NO_MAIN_KEY, nullptr, nullptr);
     root.set_value("Existing/a", "1");
   }
-  const QByteArray before = file_bytes();
+  const QByteArray before = profile_bytes();
   ASSERT_FALSE(before.isEmpty());
   {
     Key root(Key::NO_MAIN_KEY, nullptr, nullptr);
@@ -125,7 +120,7 @@ TEST_F(CopyClearTest, MissingSourceCopiesNothingAndCreatesNoGroup) {
     // No write happened, so the last read's outcome stands.
     EXPECT_EQ(root.get_last_error(), Key::REGISTRY_VALUE_NOT_FOUND);
   }
-  EXPECT_EQ(file_bytes(), before);
+  EXPECT_EQ(profile_bytes(), before);
 }
 
 TEST_F(CopyClearTest, CopyLeavesTheCurrentGroupAsItWas) {

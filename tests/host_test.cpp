@@ -28,6 +28,8 @@
 namespace {
 
 using cfgq_test::EnvGuard;
+using cfgq_test::read_bytes;
+using cfgq_test::write_file;
 
 // Each test gets a scratch directory; every variable a stand-in reads starts unset.
 class HostTest : public ::testing::Test {
@@ -35,14 +37,6 @@ class HostTest : public ::testing::Test {
   QString path(const QString& name) const { return QDir(m_dir.path()).absoluteFilePath(name); }
   std::string dir() const { return m_dir.path().toStdString(); }
 
-  static bool write_file(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-  }
-  static QByteArray read_file(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
-  }
 
  private:
   QTemporaryDir m_dir;
@@ -237,13 +231,13 @@ TEST_F(HostTest, TemporaryFilesAreNewPrivateAndUnique) {
 TEST_F(HostTest, TemporaryFileNeverReusesAPlantedName) {
   // Names a careless implementation might pick, planted as links and files.
   const QString victim = path("victim");
-  ASSERT_TRUE(write_file(victim, "keep"));
+  ASSERT_NO_FATAL_FAILURE(write_file(victim, "keep"));
   const std::string pid = std::to_string(::getpid());
   const std::vector<std::string> names = {"CFGQ",        "CFGQ000000", "CFGQXXXXXX", "CFGQ" + pid,
                                           "CFGQ_" + pid, "CFGQ0",      "CFGQ1",      "CFGQ.tmp"};
   for (const std::string& name : names) {
     ASSERT_EQ(::symlink(victim.toStdString().c_str(), (dir() + "/" + name).c_str()), 0) << name;
-    ASSERT_TRUE(write_file(path(QString::fromStdString(name) + "_file"), "planted"));
+    ASSERT_NO_FATAL_FAILURE(write_file(path(QString::fromStdString(name) + "_file"), "planted"));
   }
   for (int i = 0; i < 20; ++i) {
     const std::string made = gen_create_temp_file(dir(), "CFGQ");
@@ -253,8 +247,8 @@ TEST_F(HostTest, TemporaryFileNeverReusesAPlantedName) {
     EXPECT_TRUE(S_ISREG(st.st_mode)) << made << " is not a new regular file";
     EXPECT_EQ(st.st_size, 0) << made;
   }
-  EXPECT_EQ(read_file(victim), "keep");
-  EXPECT_EQ(read_file(path("CFGQ_file")), "planted");
+  EXPECT_EQ(read_bytes(victim), "keep");
+  EXPECT_EQ(read_bytes(path("CFGQ_file")), "planted");
 }
 
 TEST_F(HostTest, TemporaryFileInAMissingDirectoryFailsCleanly) {
@@ -266,15 +260,15 @@ TEST_F(HostTest, TemporaryFileInAMissingDirectoryFailsCleanly) {
 // ---- File system -------------------------------------------------------------------------------
 
 TEST_F(HostTest, RenameReplacesTheTargetAndRemoveToleratesAbsentFiles) {
-  ASSERT_TRUE(write_file(path("a"), "new"));
-  ASSERT_TRUE(write_file(path("a.large"), "old"));
+  ASSERT_NO_FATAL_FAILURE(write_file(path("a"), "new"));
+  ASSERT_NO_FATAL_FAILURE(write_file(path("a.large"), "old"));
   EXPECT_TRUE(FIO_FILE_SYSTEM::rename(path("a").toStdString(), path("a.large").toStdString()));
   EXPECT_FALSE(QFile::exists(path("a")));
-  EXPECT_EQ(read_file(path("a.large")), "new");
+  EXPECT_EQ(read_bytes(path("a.large")), "new");
 
   // A missing source leaves the target alone.
   EXPECT_FALSE(FIO_FILE_SYSTEM::rename(path("a").toStdString(), path("a.large").toStdString()));
-  EXPECT_EQ(read_file(path("a.large")), "new");
+  EXPECT_EQ(read_bytes(path("a.large")), "new");
   EXPECT_FALSE(FIO_FILE_SYSTEM::rename("", path("a.large").toStdString()));
 
   EXPECT_TRUE(FIO_FILE_SYSTEM::remove_if_exists(path("a.large").toStdString()));
@@ -283,17 +277,17 @@ TEST_F(HostTest, RenameReplacesTheTargetAndRemoveToleratesAbsentFiles) {
   EXPECT_FALSE(FIO_FILE_SYSTEM::remove_if_exists(""));
 
   // A link is removed, never what it points to.
-  ASSERT_TRUE(write_file(path("target"), "keep"));
+  ASSERT_NO_FATAL_FAILURE(write_file(path("target"), "keep"));
   ASSERT_EQ(::symlink(path("target").toStdString().c_str(), path("link").toStdString().c_str()), 0);
   EXPECT_TRUE(FIO_FILE_SYSTEM::remove_if_exists(path("link").toStdString()));
   EXPECT_FALSE(QFileInfo(path("link")).isSymLink());
-  EXPECT_EQ(read_file(path("target")), "keep");
+  EXPECT_EQ(read_bytes(path("target")), "keep");
 }
 
 TEST_F(HostTest, PathsAreUtf8) {
   const QString from = path(QString::fromUtf8("s\xc3\xa9lection"));
   const QString to = path(QString::fromUtf8("s\xc3\xa9lection.corrupt"));
-  ASSERT_TRUE(write_file(from, "x"));
+  ASSERT_NO_FATAL_FAILURE(write_file(from, "x"));
   EXPECT_TRUE(FIO_FILE_SYSTEM::rename(from.toStdString(), to.toStdString()));
   EXPECT_TRUE(QFile::exists(to));
   EXPECT_TRUE(FIO_FILE_SYSTEM::remove_if_exists(to.toStdString()));

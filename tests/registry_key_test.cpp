@@ -24,6 +24,7 @@
 namespace {
 
 using cfgq_test::EnvGuard;
+using cfgq_test::read_bytes;
 using Key = CFGQ_REGISTRY_KEY;
 
 // Opens the protected section table to the tests.
@@ -40,12 +41,6 @@ QByteArray settings_file_of_size(const QByteArray& main_key, qint64 size) {
   bytes += QByteArray(size - bytes.size() - 1, 'x');
   bytes += '\n';
   return bytes;
-}
-
-QByteArray file_bytes(const QString& path) {
-  QFile file(path);
-  if (!file.open(QIODevice::ReadOnly)) return QByteArray();
-  return file.readAll();
 }
 
 // Qt warns on an endGroup without a matching beginGroup; counting those tells how many levels a
@@ -433,7 +428,7 @@ TEST_F(RegistryKeyTest, FileAboveTheLimitIsSetAsideAsLarge) {
     EXPECT_FALSE(view.contains("k"));
     EXPECT_TRUE(view.allKeys().isEmpty());
     // The newer set-aside copy replaces the older one.
-    EXPECT_EQ(file_bytes(profile_file() + ".large"), big);
+    EXPECT_EQ(read_bytes(profile_file() + ".large"), big);
     view.set_value("Fresh", 1);
   }
   EXPECT_EQ(raw_value("25.1_pro/Fresh").toInt(), 1);
@@ -444,17 +439,13 @@ TEST_F(RegistryKeyTest, SizeLimitAppliesToTheTemporaryFile) {
   EnvGuard isolated("PBUILD_BUILD", "1");
   const QString temp = temp_file();
   const QByteArray big = settings_file_of_size("25.1_pro", size_limit_bytes + 1);
-  {
-    QFile file(temp);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    ASSERT_EQ(file.write(big), big.size());
-  }
+  cfgq_test::write_file(temp, big);
   {
     const Key view(Key::NO_SUB_KEY, "25.1", nullptr);
     EXPECT_EQ(view.fileName(), temp);
     EXPECT_FALSE(view.contains("k"));
   }
-  EXPECT_EQ(file_bytes(temp + ".large"), big);
+  EXPECT_EQ(read_bytes(temp + ".large"), big);
   EXPECT_TRUE(QFile::remove(temp + ".large"));
   EXPECT_FALSE(QFile::exists(profile_file() + ".large"));
 }

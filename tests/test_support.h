@@ -17,6 +17,19 @@
 
 namespace cfgq_test {
 
+// The file's bytes, or an empty array when it can't be read.
+inline QByteArray read_bytes(const QString& path) {
+  QFile file(path);
+  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Replaces the file's contents with `bytes`; a failure fails the calling test.
+inline void write_file(const QString& path, const QByteArray& bytes) {
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << path.toStdString();
+  ASSERT_EQ(file.write(bytes), bytes.size()) << path.toStdString();
+}
+
 // Sets (or, with nullopt, unsets) an environment variable and puts the old value back.
 class EnvGuard {
  public:
@@ -59,11 +72,8 @@ class SettingsTest : public ::testing::Test {
   QString profile_file() const { return QDir(m_home.path()).absoluteFilePath("korvel2.kreg"); }
 
   // Writes `bytes` as the profile settings file.
-  void write_profile_file(const QByteArray& bytes) const {
-    QFile file(profile_file());
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    ASSERT_EQ(file.write(bytes), bytes.size());
-  }
+  void write_profile_file(const QByteArray& bytes) const { write_file(profile_file(), bytes); }
+  QByteArray profile_bytes() const { return read_bytes(profile_file()); }
 
   // Reads one value of the profile file through a raw settings object.
   QVariant raw_value(const QString& path) const {
