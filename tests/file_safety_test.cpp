@@ -22,11 +22,8 @@ namespace {
 
 using Key = CFGQ_REGISTRY_KEY;
 using cfgq_test::EnvGuard;
-
-QByteArray read_bytes(const QString& path) {
-  QFile file(path);
-  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
+using cfgq_test::read_bytes;
+using cfgq_test::write_file;
 
 QByteArray test_data(const char* name) {
   return read_bytes(QStringLiteral(CFGQ_TEST_DATA_DIR "/") + QString::fromUtf8(name));
@@ -42,12 +39,6 @@ void set_modified(const QString& path, const QDateTime& when) {
   QFile file(path);
   ASSERT_TRUE(file.open(QIODevice::ReadWrite));
   ASSERT_TRUE(file.setFileTime(when, QFileDevice::FileModificationTime));
-}
-
-void write_file(const QString& path, const QByteArray& bytes) {
-  QFile file(path);
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-  ASSERT_EQ(file.write(bytes), bytes.size());
 }
 
 class DamagedFileTest : public cfgq_test::SettingsTest {
@@ -80,42 +71,31 @@ TEST_F(DamagedFileTest, KeepsByteExactCopyBeforeTheFirstWrite) {
   }
 }
 
-TEST_F(DamagedFileTest, CleanFileGetsNoCopyAndLeavesOlderCopyAlone) {
-  write_profile_file("[25.1_pro]\nGeneral\\Show_tips=Yes\n");
-  {
-    Key view(Key::GENERAL, "25.1", nullptr);
-    view.set_value("Theme", "Dark");
-  }
-  EXPECT_FALSE(QFile::exists(copy_path()));
-
-  const QByteArray damaged = test_data("damaged_line_without_equals.kreg");
-  write_profile_file(damaged);
-  {
-    Key view(Key::GENERAL, "25.1", nullptr);
-    view.set_value("Theme", "Light");
-  }
-  // Later views on the repaired file don't touch the copy.
-  {
-    Key view(Key::GENERAL, "25.1", nullptr);
-    view.set_value("Theme", "Dark");
-  }
-  EXPECT_EQ(read_bytes(copy_path()), damaged);
-}
-
-TEST_F(DamagedFileTest, NewerDamagedFileReplacesOlderCopy) {
+// A clean file gets no copy; views on a repaired file leave the copy alone, and a newer damaged
+// file's copy replaces the older one.
+TEST_F(DamagedFileTest, CopyFollowsOnlyTheLatestDamagedFile) {
   const QByteArray first = test_data("damaged_line_without_equals.kreg");
   const QByteArray second = test_data("damaged_unterminated_section.kreg");
-  write_profile_file(first);
-  {
-    Key view(Key::GENERAL, "25.1", nullptr);
-    view.set_value("Step", 1);
+  const struct {
+    const char* what;
+    QByteArray file;  // written before the view, or left as the last view wrote it
+    QByteArray copy;  // expected afterwards; empty: no copy
+  } steps[] = {
+      {"clean file", "[25.1_pro]\nGeneral\\Show_tips=Yes\n", ""},
+      {"first damaged file", first, first},
+      {"repaired file", {}, first},
+      {"second damaged file", second, second},
+  };
+  for (const auto& step : steps) {
+    SCOPED_TRACE(step.what);
+    if (!step.file.isEmpty()) write_profile_file(step.file);
+    {
+      Key view(Key::GENERAL, "25.1", nullptr);
+      view.set_value("Step", step.what);
+    }
+    EXPECT_EQ(read_bytes(copy_path()), step.copy);
+    EXPECT_EQ(QFile::exists(copy_path()), !step.copy.isEmpty());
   }
-  write_profile_file(second);
-  {
-    Key view(Key::GENERAL, "25.1", nullptr);
-    view.set_value("Step", 2);
-  }
-  EXPECT_EQ(read_bytes(copy_path()), second);
 }
 
 TEST_F(DamagedFileTest, CopyReplacesLinkPlantedAtItsNameWithoutWritingThrough) {
