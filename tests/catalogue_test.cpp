@@ -106,33 +106,6 @@ TEST_F(CatalogueTest, ResizingTableIsFramedAndParallel) {
   EXPECT_EQ(CFGQ_OFCQ_RESIZING_ID[22], 11112u);
 }
 
-TEST_F(CatalogueTest, KnownSpellings) {
-  struct Spelling {
-    const char* constant;
-    const char* text;
-  };
-  const Spelling spellings[] = {
-      {CFGQ_YES_STR, "Yes"},
-      {CFGQ_NO_STR, "No"},
-      {CFGQ_NA_STR, "NA"},
-      {CFGQ_APEQ_YES_STR, "Yes"},
-      {CFGQ_GEDQ_NO_STR, "No"},
-      {CFGQ_PJM_SHOW_WELCOME_SCREEN, "Show_welcome_screen"},
-      {CFGQ_PJM_SHOW_WHATSNEW_SCREEN, "Show_whatsnew_screen"},
-      {CFGQ_SEDQ_SHOW_TAP_STR, "Show tap mode"},
-      {CFGQ_FMWQ_DONT_SHOW_AGAIN_STR, "Don't show messagebox again"},
-      {CFGQ_WEDQ_DONT_CARE_STR, "Don't_Care_(DC)"},
-      {CFGQ_WEDQ_MICROSECONDS_STR, "us"},
-      {CFGQ_CFWQ_SHOW_PROCESS_WND_STR, "CFW_show_process_window_%d"},
-      {CFGQ_IO_BANK_REG_KEY_PREFIX, "IO_BANKS_"},
-      {CFGQ_RECENTLY_SELECTED_TOP_LEVEL[0], "Recently_selected_top-level_1"},
-      {CFGQ_EDA_ENABLE_CROSS_PROBING, "Enable_cross-probing_between_Korvel_II_and_other_EDA_tools"},
-      {CFGQ_OFCQ_TOOLTIP_ENABLE_STR, "Tooltip_enable"},
-      {CFGQ_PPLQ_TOOLTIP_ENABLE_STR, "Tooltip_enable"},
-  };
-  for (const Spelling& spelling : spellings) EXPECT_STREQ(spelling.constant, spelling.text);
-}
-
 TEST_F(CatalogueTest, EqualTextsUnderDifferentModulesAddressOneValue) {
   Key pins(Key::PPLQ, nullptr, nullptr);
   pins.set_no(CFGQ_OFCQ_TOOLTIP_ENABLE_STR);
