@@ -111,15 +111,6 @@ TEST(TclArgsLookupTest, EmptyAndMissingNamesGiveSevenAndLongerNamesGiveZero) {
   }
 }
 
-TEST(TclArgsLookupTest, IdentifiersOneToSixHaveTheirNames) {
-  const char* expected[] = {"h", "help", "long_help", "key", "type", "value"};
-  for (int id = 1; id <= 6; ++id) {
-    SCOPED_TRACE(id);
-    EXPECT_STREQ(cfgq_auto_argument_name(static_cast<CFGQ_AUTO_ARGUMENT_ENUM>(id)),
-                 expected[id - 1]);
-  }
-}
-
 // ---- Name tables -----------------------------------------------------------------------------
 
 TEST(TclNameTableTest, HashesMatchTheFormulaWorkedByHand) {
