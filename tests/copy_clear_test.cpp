@@ -15,76 +15,52 @@ namespace {
 using cfgq_test::EnvGuard;
 using Key = CFGQ_REGISTRY_KEY;
 
-class CopyClearTest : public cfgq_test::SettingsTest {
- protected:
-  // Every key at or below `group` of the file, sorted, as "path=value".
-  QStringList listing(const QString& group) const {
-    QSettings raw(profile_file(), QSettings::IniFormat);
-    raw.beginGroup(group);
-    QStringList lines;
-    for (const QString& key : raw.allKeys()) lines << key + "=" + raw.value(key).toString();
-    lines.sort();
-    return lines;
-  }
+class CopyClearTest : public cfgq_test::SettingsTest {};
 
-  // Fills "Src" at the root: two keys and a subgroup of three.
-  static void fill_source(Key& root) {
-    root.set_value("Src/a", "1");
-    root.set_value("Src/b", "2");
-    root.set_value("Src/Sub/c", "3");
-    root.set_value("Src/Sub/d", "4");
-    root.set_value("Src/Sub/e", "5");
+// Each row fills a group of its own, copies its "Src" onto `to` and compares the count and the
+// keys of both groups afterwards.
+TEST_F(CopyClearTest, CopiesEveryLevelAndMergesIntoTheDestination) {
+  const QStringList source{"Src/a=1", "Src/b=2", "Src/Sub/c=3", "Src/Sub/d=4", "Src/Sub/e=5"};
+  const QStringList copied{"Sub/c=3", "Sub/d=4", "Sub/e=5", "a=1", "b=2"};
+  const struct {
+    const char* what;
+    QStringList before;  // "path=value"
+    const char* to;
+    int count;
+    QStringList after;  // the keys at or below `to`
+  } rows[] = {
+      {"new destination", source, "Dst", 5, copied},
+      {"onto itself", source, "Src", 5, copied},
+      {"deep tree", {"Src/L1/L2/L3/deep=x", "Src/L1/mid=y", "Src/Other/L2/side=z"}, "Dst", 3,
+       {"L1/L2/L3/deep=x", "L1/mid=y", "Other/L2/side=z"}},
+      {"existing destination",
+       source + QStringList{"Dst/a=old", "Dst/kept=k", "Dst/Sub/c=old", "Dst/Sub/kept=k",
+                            "Dst/Only_here/x=k"},
+       "Dst", 5,
+       {"Only_here/x=k", "Sub/c=3", "Sub/d=4", "Sub/e=5", "Sub/kept=k", "a=1", "b=2", "kept=k"}},
+  };
+  int row_number = 0;
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    const QString group = QStringLiteral("Row%1/").arg(row_number++);
+    QStringList source_after;
+    {
+      Key root(Key::NO_MAIN_KEY, nullptr, nullptr);
+      root.beginGroup(group);
+      for (const QString& entry : row.before) {
+        const qsizetype equals = entry.indexOf('=');
+        root.set_value(entry.left(equals), entry.mid(equals + 1));
+        if (entry.startsWith("Src/")) source_after << entry.mid(4);
+      }
+      QVariant out;
+      ASSERT_FALSE(root.get_value("Absent", &out));
+      EXPECT_EQ(root.copy("Src", row.to), row.count);
+      EXPECT_EQ(root.get_last_error(), Key::REGISTRY_NO_ERROR);  // through its writes
+    }
+    EXPECT_EQ(listing(group + row.to), row.after);
+    source_after.sort();
+    EXPECT_EQ(listing(group + "Src"), source_after);
   }
-};
-
-TEST_F(CopyClearTest, CopiesKeysAndSubgroupsAndCountsEveryKey) {
-  {
-    Key root(Key::NO_MAIN_KEY, nullptr, nullptr);
-    fill_source(root);
-    QVariant out;
-    ASSERT_FALSE(root.get_value("Absent", &out));
-    EXPECT_EQ(root.copy("Src", "Dst"), 5);
-    EXPECT_EQ(root.get_last_error(), Key::REGISTRY_NO_ERROR);  // through its writes
-  }
-  const QStringList expected{"Sub/c=3", "Sub/d=4", "Sub/e=5", "a=1", "b=2"};
-  EXPECT_EQ(listing("Dst"), expected);
-  EXPECT_EQ(listing("Src"), expected);
-}
-
-TEST_F(CopyClearTest, CopiesEveryLevelOfADeepTree) {
-  Key root(Key::NO_MAIN_KEY, nullptr, nullptr);
-  root.set_value("Src/L1/L2/L3/deep", "x");
-  root.set_value("Src/L1/mid", "y");
-  root.set_value("Src/Other/L2/side", "z");
-  EXPECT_EQ(root.copy("Src", "Dst"), 3);
-  EXPECT_EQ(root.value("Dst/L1/L2/L3/deep").toString(), "x");
-  EXPECT_EQ(root.value("Dst/L1/mid").toString(), "y");
-  EXPECT_EQ(root.value("Dst/Other/L2/side").toString(), "z");
-}
-
-TEST_F(CopyClearTest, MergesIntoAnExistingDestination) {
-  {
-    Key root(Key::NO_MAIN_KEY, nullptr, nullptr);
-    fill_source(root);
-    root.set_value("Dst/a", "old");
-    root.set_value("Dst/kept", "k");
-    root.set_value("Dst/Sub/c", "old");
-    root.set_value("Dst/Sub/kept", "k");
-    root.set_value("Dst/Only_here/x", "k");
-    EXPECT_EQ(root.copy("Src", "Dst"), 5);
-  }
-  const QStringList expected{"Only_here/x=k", "Sub/c=3", "Sub/d=4", "Sub/e=5",
-                             "Sub/kept=k",    "a=1",     "b=2",     "kept=k"};
-  EXPECT_EQ(listing("Dst"), expected);
-}
-
-TEST_F(CopyClearTest, CopyOntoItselfRewritesTheSameValues) {
-  {
-    Key root(Key::NO_MAIN_KEY, nullptr, nullptr);
-    fill_source(root);
-    EXPECT_EQ(root.copy("Src", "Src"), 5);
-  }
-  EXPECT_EQ(listing("Src"), (QStringList{"Sub/c=3", "Sub/d=4", "Sub/e=5", "a=1", "b=2"}));
 }
 
 TEST_F(CopyClearTest, CopyIntoItsOwnSubgroupVisitsOnlyWhatWasThere) {

@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QSettings>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -74,6 +75,16 @@ class SettingsTest : public ::testing::Test {
   // Writes `bytes` as the profile settings file.
   void write_profile_file(const QByteArray& bytes) const { write_file(profile_file(), bytes); }
   QByteArray profile_bytes() const { return read_bytes(profile_file()); }
+
+  // Every key at or below `group` of the profile file, sorted, as "path=value".
+  QStringList listing(const QString& group = QString()) const {
+    QSettings raw(profile_file(), QSettings::IniFormat);
+    raw.beginGroup(group);
+    QStringList lines;
+    for (const QString& key : raw.allKeys()) lines << key + "=" + raw.value(key).toString();
+    lines.sort();
+    return lines;
+  }
 
   // Reads one value of the profile file through a raw settings object.
   QVariant raw_value(const QString& path) const {
