@@ -68,16 +68,6 @@ class MigrationTest : public cfgq_test::SettingsTest {
     }
   }
 
-  // Every key at or below `group` of the file, sorted, as "path=value".
-  QStringList listing(const QString& group = QString()) const {
-    QSettings raw(profile_file(), QSettings::IniFormat);
-    raw.beginGroup(group);
-    QStringList lines;
-    for (const QString& key : raw.allKeys()) lines << key + "=" + raw.value(key).toString();
-    lines.sort();
-    return lines;
-  }
-
   // `entries` with the lines below `group` removed.
   static QStringList without(QStringList entries, const QString& group) {
     entries.removeIf([&](const QString& entry) { return entry.startsWith(group + "/"); });
@@ -92,31 +82,56 @@ const QStringList settings_24_1{
     "24.1_pro/Setup/Columns/Width=80",
 };
 
-TEST_F(MigrationTest, SkipsTheRunningVersionAndEmptyEarlierOnes) {
-  run_in_child({"25.1", "25.1;24.3;24.1"}, [&](Findings& findings) {
-    // 24.3 has settings only under another edition, which a migration never reads.
-    const QStringList file = settings_24_1 + QStringList{"24.3_lite/General/Theme=Dark"};
-    write_file(file);
-    CFGQ_REGISTRY::migrate_registry_settings();
-    findings.expect_eq("25.1_pro", listing("25.1_pro"),
-                       {"General/Show_tips=Yes", "Registry_version=27", "Setup/Columns/Width=80",
-                        "Setup/Last_device=D1"});
-    findings.expect_eq("everything else", without(listing(), "25.1_pro"), [&] {
-      QStringList sorted = file;
-      sorted.sort();
-      return sorted;
-    }());
-  });
-}
-
-TEST_F(MigrationTest, FirstListedVersionWithSettingsWins) {
-  run_in_child({"25.1", "24.1;24.3"}, [&](Findings& findings) {
-    write_file(settings_24_1 + QStringList{"24.3_pro/General/Newer_only=1"});
-    CFGQ_REGISTRY::migrate_registry_settings();
-    findings.expect_eq("25.1_pro", listing("25.1_pro"),
-                       {"General/Show_tips=Yes", "Registry_version=27", "Setup/Columns/Width=80",
-                        "Setup/Last_device=D1"});
-  });
+// Each row migrates one file and compares the running version's main key with what it should
+// hold; every other main key stays as it was.
+TEST_F(MigrationTest, CarriesTheFirstListedVersionWithSettingsForward) {
+  const QStringList from_24_1{"General/Show_tips=Yes", "Registry_version=27",
+                              "Setup/Columns/Width=80", "Setup/Last_device=D1"};
+  const struct {
+    const char* what;
+    Suite suite;
+    QStringList file;
+    bool huge_in_24_3;  // a value above the size limit that the migration sees but can't store
+    const char* main_key;
+    QStringList expected;
+  } rows[] = {
+      // 24.3 has settings only under another edition, which a migration never reads.
+      {"running and empty versions skipped", {"25.1", "25.1;24.3;24.1"},
+       settings_24_1 + QStringList{"24.3_lite/General/Theme=Dark"}, false, "25.1_pro", from_24_1},
+      {"first listed version wins", {"25.1", "24.1;24.3"},
+       settings_24_1 + QStringList{"24.3_pro/General/Newer_only=1"}, false, "25.1_pro", from_24_1},
+      // 24.1 has settings only without "_64-Bit": not a source.
+      {"64-bit settings", {"25.1", "24.1;24.3", "separate_settings_for_64_bit"},
+       settings_24_1 + QStringList{"24.3_64-Bit_pro/General/Bits=64"}, false, "25.1_64-Bit_pro",
+       {"General/Bits=64", "Registry_version=27"}},
+      {"refused value skipped", {"25.1", "24.3;24.1"},
+       settings_24_1 + QStringList{"24.3_pro/General/Small=1"}, true, "25.1_pro",
+       {"General/Small=1", "Registry_version=27"}},
+      {"source of only refused values ends the search", {"25.1", "24.3;24.1"}, settings_24_1,
+       true, "25.1_pro", {"Registry_version=27"}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    run_in_child(row.suite, [&](Findings& findings) {
+      write_file(row.file);
+      // Settings objects of one process share their data: the migration sees the huge value,
+      // which never reaches the file.
+      std::optional<QSettings> raw;
+      if (row.huge_in_24_3) {
+        raw.emplace(profile_file(), QSettings::IniFormat);
+        raw->setValue("24.3_pro/General/Huge", QString(10'000'000, QLatin1Char('x')));
+      }
+      CFGQ_REGISTRY::migrate_registry_settings();
+      if (raw) {
+        raw->remove("24.3_pro/General/Huge");
+        raw->sync();
+      }
+      findings.expect_eq(row.main_key, listing(row.main_key), row.expected);
+      QStringList others = row.file;
+      others.sort();
+      findings.expect_eq("every other main key", without(listing(), row.main_key), others);
+    });
+  }
 }
 
 TEST_F(MigrationTest, StartScreenValuesOfGeneralTakeTheirDefaults) {
@@ -212,43 +227,6 @@ TEST_F(MigrationTest, DeleteCurrentSettingsLeavesOnlyTheMarker) {
       CFGQ_REGISTRY::migrate_registry_settings();
       findings.expect_eq("migrated after reset", listing(), expected);
     }
-  });
-}
-
-TEST_F(MigrationTest, SeparateSixtyFourBitSettingsReadAndWriteOnlyTheirOwnKeys) {
-  run_in_child({"25.1", "24.1;24.3", "separate_settings_for_64_bit"}, [&](Findings& findings) {
-    // 24.1 has settings only without "_64-Bit": not a source.
-    write_file(settings_24_1 + QStringList{"24.3_64-Bit_pro/General/Bits=64"});
-    CFGQ_REGISTRY::migrate_registry_settings();
-    findings.expect_eq("25.1_64-Bit_pro", listing("25.1_64-Bit_pro"),
-                       {"General/Bits=64", "Registry_version=27"});
-    findings.expect_eq("25.1_pro", listing("25.1_pro"), {});
-  });
-}
-
-TEST_F(MigrationTest, RefusedValueDoesNotStopTheRestOfTheCopy) {
-  run_in_child({"25.1", "24.3;24.1"}, [&](Findings& findings) {
-    write_file(settings_24_1 + QStringList{"24.3_pro/General/Small=1"});
-    // Settings objects of one process share their data: the migration sees this value, which
-    // never reaches the file.
-    QSettings raw(profile_file(), QSettings::IniFormat);
-    raw.setValue("24.3_pro/General/Huge", QString(10'000'000, QLatin1Char('x')));
-    CFGQ_REGISTRY::migrate_registry_settings();
-    raw.remove("24.3_pro/General/Huge");
-    raw.sync();
-    findings.expect_eq("25.1_pro", listing("25.1_pro"), {"General/Small=1", "Registry_version=27"});
-  });
-}
-
-TEST_F(MigrationTest, SourceOfOnlyRefusedValuesStillEndsTheSearch) {
-  run_in_child({"25.1", "24.3;24.1"}, [&](Findings& findings) {
-    write_file(settings_24_1);
-    QSettings raw(profile_file(), QSettings::IniFormat);
-    raw.setValue("24.3_pro/General/Huge", QString(10'000'000, QLatin1Char('x')));
-    CFGQ_REGISTRY::migrate_registry_settings();
-    raw.remove("24.3_pro/General/Huge");
-    raw.sync();
-    findings.expect_eq("25.1_pro", listing("25.1_pro"), {"Registry_version=27"});
   });
 }
 
