@@ -334,32 +334,6 @@ TEST_F(RegistryKeyTest, OnlyExactIsolationValuesSelectTheTemporaryFile) {
   EXPECT_EQ(Key(Key::GENERAL, nullptr, nullptr).fileName(), profile_file());
 }
 
-TEST_F(RegistryKeyTest, EnvironmentSwitchesBetweenProfileAndTemporaryFile) {
-  const char* version = "switching";
-  {
-    Key profile(Key::GENERAL, version, nullptr);
-    profile.set_value("In_profile", 1);
-  }
-  {
-    EnvGuard isolated("QT_QPA_PLATFORM", "minimal");
-    Key temp(Key::GENERAL, version, nullptr);
-    EXPECT_FALSE(temp.contains("In_profile"));
-    temp.set_value("In_temp", 2);
-  }
-  {
-    Key profile(Key::GENERAL, version, nullptr);
-    EXPECT_EQ(profile.fileName(), profile_file());
-    EXPECT_TRUE(profile.contains("In_profile"));
-    EXPECT_FALSE(profile.contains("In_temp"));
-  }
-  {
-    EnvGuard isolated("PBUILD_BUILD", "1");
-    Key temp(Key::GENERAL, version, nullptr);
-    EXPECT_EQ(temp.value("In_temp").toInt(), 2);
-    temp.remove("");
-  }
-}
-
 TEST_F(RegistryKeyTest, IsolatedViewsShareTheTemporaryFile) {
   EnvGuard isolated("KORVEL_REGTEST", "1");
   QString written_to;
