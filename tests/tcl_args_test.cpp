@@ -279,17 +279,6 @@ class TclPackageTest : public ::testing::Test {
   Tcl_Interp* m_interp = nullptr;
 };
 
-TEST_F(TclPackageTest, InitCreatesTheCommandsAndProvidesThePackage) {
-  EXPECT_EQ(Gui_settings_Init(nullptr), TCL_OK);
-  EXPECT_EQ(eval("lsort [concat [info commands cfgq_*] [info commands gui_settings::*]]"),
-            "::gui_settings::get_value cfgq_clear_registry cfgq_create_registry "
-            "cfgq_get_all_keys cfgq_read_registry");
-  EXPECT_EQ(eval("package present ::korvel::gui_settings"), "1.0");
-
-  EXPECT_EQ(Gui_settings_Unload(nullptr, 0), TCL_OK);
-  EXPECT_EQ(eval("concat [info commands cfgq_*] [info commands gui_settings::*]"), "");
-}
-
 TEST_F(TclPackageTest, InitReturnsOkWhenProvidingFails) {
   eval("package provide ::korvel::gui_settings 2.0");
   EXPECT_EQ(Gui_settings_Init(nullptr), TCL_OK);
