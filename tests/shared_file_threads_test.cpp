@@ -48,6 +48,7 @@ class SharedFileThreadsTest : public cfgq_test::SettingsTest {
           QVariant read;
           if (!reader.get_value(name, &read) || read.toString() != value_of(t, i)) ++faults;
           if (reader.childKeys().size() != i + 1) ++faults;
+          if (reader.group() != QStringLiteral("25.1_pro/") + section_of(t)) ++faults;
           if (i % 8 == 7) {
             // Now and then a look at the whole main key, as a settings dialog would take.
             const Key main_key(Key::NO_SUB_KEY, "25.1", nullptr);
@@ -60,10 +61,13 @@ class SharedFileThreadsTest : public cfgq_test::SettingsTest {
     return faults.load();
   }
 
-  // Values missing from the file, or not as written, once every view is gone.
+  // Values missing from the file, or not as written, once every view is gone; a section other
+  // than the threads' own counts too.
   int lost_values(const QString& path) const {
     QSettings file(path, QSettings::IniFormat);
-    int lost = 0;
+    file.beginGroup(QStringLiteral("25.1_pro"));
+    int lost = file.childGroups().size() == thread_count ? 0 : 1;
+    file.endGroup();
     for (int t = 0; t < thread_count; ++t) {
       file.beginGroup(QStringLiteral("25.1_pro/") + section_of(t));
       for (int i = 0; i < values_per_thread; ++i) {
