@@ -166,16 +166,12 @@ TEST_F(HostTest, RegressionTestModeNeedsExactlyOne) {
 // ---- General utilities -------------------------------------------------------------------------
 
 TEST_F(HostTest, TemporaryDirectoryDefaultsToTmp) {
-  {
-    EnvGuard unset("TMPDIR", std::nullopt);
-    EXPECT_EQ(gen_get_temp_path(), "/tmp");
+  const std::pair<std::optional<std::string>, std::string> rows[] = {
+      {std::nullopt, "/tmp"}, {"", "/tmp"}, {"/var/scratch dir", "/var/scratch dir"}};
+  for (const auto& [setting, expected] : rows) {
+    EnvGuard guard("TMPDIR", setting);
+    EXPECT_EQ(gen_get_temp_path(), expected) << setting.value_or("unset");
   }
-  {
-    EnvGuard empty("TMPDIR", "");
-    EXPECT_EQ(gen_get_temp_path(), "/tmp");
-  }
-  EnvGuard set("TMPDIR", "/var/scratch dir");
-  EXPECT_EQ(gen_get_temp_path(), "/var/scratch dir");
 }
 
 TEST_F(HostTest, ProfileDirectoryAndProcessKindComeFromTheEnvironment) {
@@ -350,12 +346,23 @@ std::vector<std::string> split(const std::string& text) {
   return parts;
 }
 
-TEST_F(HostTest, VersionListComesFromTheEnvironmentOnce) {
-  struct Row {
-    const char* setting;  // nullptr: unset
-    std::vector<std::string> expected;
-  };
-  const Row rows[] = {
+// Runs `read` in a child under `variable`=`setting` (nullptr: unset); the child passes when
+// `read` gives `expected` both before and after the variable changes.
+template <typename Read, typename T>
+void expect_read_once(const char* variable, const char* setting, Read read, const T& expected) {
+  SCOPED_TRACE(setting ? std::string(variable) + "=\"" + setting + "\"" : "unset");
+  EnvGuard guard(variable, setting ? std::optional<std::string>(setting) : std::nullopt);
+  EXPECT_EXIT(
+      {
+        const bool first = read() == expected;
+        setenv(variable, "99.9", 1);
+        std::exit(first && read() == expected ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(HostTest, VersionsComeFromTheEnvironmentOnce) {
+  const std::pair<const char*, std::vector<std::string>> lists[] = {
       {nullptr, split(KORVEL_DEFAULT_VERSIONS)},
       {"", {}},
       {"24.3", {"24.3"}},
@@ -363,42 +370,13 @@ TEST_F(HostTest, VersionListComesFromTheEnvironmentOnce) {
       {"24.3;;24.1;", {"24.3", "24.1"}},
       {"25.1;24.3", {"25.1", "24.3"}},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.setting ? std::string("KORVEL_VERSIONS=\"") + row.setting + "\"" : "unset");
-    EnvGuard setting("KORVEL_VERSIONS",
-                     row.setting ? std::optional<std::string>(row.setting) : std::nullopt);
-    EXPECT_EXIT(
-        {
-          const bool first = ver_get_all_versions() == row.expected;
-          setenv("KORVEL_VERSIONS", "99.9", 1);
-          std::exit(first && ver_get_all_versions() == row.expected ? 0 : 1);
-        },
-        ::testing::ExitedWithCode(0), "");
+  for (const auto& [setting, expected] : lists) {
+    expect_read_once("KORVEL_VERSIONS", setting, ver_get_all_versions, expected);
   }
-}
-
-TEST_F(HostTest, RunningVersionComesFromTheEnvironmentOnce) {
-  struct Row {
-    const char* setting;
-    const char* expected;
-  };
-  const Row rows[] = {
-      {nullptr, KORVEL_DEFAULT_VERSION},
-      {"26.2", "26.2"},
-      {"26.2 Lite", "26.2 Lite"},
-      {"", ""},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.setting ? std::string("KORVEL_VERSION=\"") + row.setting + "\"" : "unset");
-    EnvGuard setting("KORVEL_VERSION",
-                     row.setting ? std::optional<std::string>(row.setting) : std::nullopt);
-    EXPECT_EXIT(
-        {
-          const bool first = ver_get_version() == row.expected;
-          setenv("KORVEL_VERSION", "99.9", 1);
-          std::exit(first && ver_get_version() == row.expected ? 0 : 1);
-        },
-        ::testing::ExitedWithCode(0), "");
+  const std::pair<const char*, std::string> running[] = {
+      {nullptr, KORVEL_DEFAULT_VERSION}, {"26.2", "26.2"}, {"26.2 Lite", "26.2 Lite"}, {"", ""}};
+  for (const auto& [setting, expected] : running) {
+    expect_read_once("KORVEL_VERSION", setting, ver_get_version, expected);
   }
 }
 
