@@ -255,21 +255,24 @@ TEST_F(HostTest, TemporaryFileInAMissingDirectoryFailsCleanly) {
 
 // ---- File system -------------------------------------------------------------------------------
 
+// On UTF-8 paths, as a settings file's may be.
 TEST_F(HostTest, RenameReplacesTheTargetAndRemoveToleratesAbsentFiles) {
-  ASSERT_NO_FATAL_FAILURE(write_file(path("a"), "new"));
-  ASSERT_NO_FATAL_FAILURE(write_file(path("a.large"), "old"));
-  EXPECT_TRUE(FIO_FILE_SYSTEM::rename(path("a").toStdString(), path("a.large").toStdString()));
-  EXPECT_FALSE(QFile::exists(path("a")));
-  EXPECT_EQ(read_bytes(path("a.large")), "new");
+  const QString from = path(QString::fromUtf8("s\xc3\xa9lection"));
+  const QString large = path(QString::fromUtf8("s\xc3\xa9lection.large"));
+  ASSERT_NO_FATAL_FAILURE(write_file(from, "new"));
+  ASSERT_NO_FATAL_FAILURE(write_file(large, "old"));
+  EXPECT_TRUE(FIO_FILE_SYSTEM::rename(from.toStdString(), large.toStdString()));
+  EXPECT_FALSE(QFile::exists(from));
+  EXPECT_EQ(read_bytes(large), "new");
 
   // A missing source leaves the target alone.
-  EXPECT_FALSE(FIO_FILE_SYSTEM::rename(path("a").toStdString(), path("a.large").toStdString()));
-  EXPECT_EQ(read_bytes(path("a.large")), "new");
-  EXPECT_FALSE(FIO_FILE_SYSTEM::rename("", path("a.large").toStdString()));
+  EXPECT_FALSE(FIO_FILE_SYSTEM::rename(from.toStdString(), large.toStdString()));
+  EXPECT_EQ(read_bytes(large), "new");
+  EXPECT_FALSE(FIO_FILE_SYSTEM::rename("", large.toStdString()));
 
-  EXPECT_TRUE(FIO_FILE_SYSTEM::remove_if_exists(path("a.large").toStdString()));
-  EXPECT_FALSE(QFile::exists(path("a.large")));
-  EXPECT_TRUE(FIO_FILE_SYSTEM::remove_if_exists(path("a.large").toStdString()));
+  EXPECT_TRUE(FIO_FILE_SYSTEM::remove_if_exists(large.toStdString()));
+  EXPECT_FALSE(QFile::exists(large));
+  EXPECT_TRUE(FIO_FILE_SYSTEM::remove_if_exists(large.toStdString()));
   EXPECT_FALSE(FIO_FILE_SYSTEM::remove_if_exists(""));
 
   // A link is removed, never what it points to.
@@ -278,16 +281,6 @@ TEST_F(HostTest, RenameReplacesTheTargetAndRemoveToleratesAbsentFiles) {
   EXPECT_TRUE(FIO_FILE_SYSTEM::remove_if_exists(path("link").toStdString()));
   EXPECT_FALSE(QFileInfo(path("link")).isSymLink());
   EXPECT_EQ(read_bytes(path("target")), "keep");
-}
-
-TEST_F(HostTest, PathsAreUtf8) {
-  const QString from = path(QString::fromUtf8("s\xc3\xa9lection"));
-  const QString to = path(QString::fromUtf8("s\xc3\xa9lection.corrupt"));
-  ASSERT_NO_FATAL_FAILURE(write_file(from, "x"));
-  EXPECT_TRUE(FIO_FILE_SYSTEM::rename(from.toStdString(), to.toStdString()));
-  EXPECT_TRUE(QFile::exists(to));
-  EXPECT_TRUE(FIO_FILE_SYSTEM::remove_if_exists(to.toStdString()));
-  EXPECT_FALSE(QFile::exists(to));
 }
 
 // ---- Memory and Qt utilities -------------------------------------------------------------------
