@@ -194,7 +194,7 @@ std::string blank_text(const std::string& name) {
 const std::string size_text = "CFGQ: Value too large. Size is 10000000. Value will not be set.\n";
 
 TEST_F(ValuesTest, DiagnosticsPrintOnlyWhenTheChannelIsOnAtLevelTwo) {
-  enum class Action { write_blank, read_blank, write_tab, write_oversized, set_yes_blank };
+  enum class Action { write_blank, read_blank, write_tab, write_oversized, set_yes_blank, write_both };
   struct Row {
     const char* debug;  // KORVEL_DEBUG; null: unset
     Action action;
@@ -206,6 +206,7 @@ TEST_F(ValuesTest, DiagnosticsPrintOnlyWhenTheChannelIsOnAtLevelTwo) {
       {"CFGQ:2", Action::set_yes_blank, blank_text("Name with %s blank")},
       {"CFGQ", Action::write_blank, blank_text("Name with %s blank")},
       {"OTHER:3,CFGQ:3", Action::write_oversized, size_text},
+      {"CFGQ:2", Action::write_both, blank_text("Two words") + size_text},
       {"CFGQ:2", Action::write_oversized, size_text},
       {"CFGQ:2", Action::write_tab, ""},
       {"CFGQ:1", Action::write_blank, ""},
@@ -230,18 +231,10 @@ TEST_F(ValuesTest, DiagnosticsPrintOnlyWhenTheChannelIsOnAtLevelTwo) {
       case Action::set_yes_blank: key.set_yes("Name with %s blank"); break;
       case Action::write_tab: key.set_value("Name\twith\ttabs", 1); break;
       case Action::write_oversized: key.set_value("Plain_name", oversized); break;
+      case Action::write_both: key.set_value("Two words", oversized); break;
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), row.expected);
   }
-}
-
-TEST_F(ValuesTest, AnOversizedValueUnderABlankNameDrawsBothDiagnostics) {
-  EnvGuard debug("KORVEL_DEBUG", "CFGQ:2");
-  Key key(Key::GENERAL, nullptr, nullptr);
-  testing::internal::CaptureStderr();
-  key.set_value("Two words", QString(refused_units, QLatin1Char('x')));
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), blank_text("Two words") + size_text);
-  EXPECT_FALSE(key.contains("Two words"));
 }
 
 class ValuesDeathTest : public cfgq_test::SettingsTest {};
