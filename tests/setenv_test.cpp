@@ -55,10 +55,7 @@ class SetenvTest : public ::testing::Test {
   }
   void put(store which, const std::optional<QByteArray>& content) const {
     QFile::remove(location(which));
-    if (!content) return;
-    QFile file(location(which));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(*content), content->size());
+    if (content) cfgq_test::write_file(location(which), *content);
   }
   QString read(store which, const QString& name) const {
     return cfgq_env::store_read(location(which), name);
@@ -349,16 +346,13 @@ TEST_F(SetenvTest, ReadOnlyDirectoryLeavesItsFile) {
   if (geteuid() == 0) GTEST_SKIP() << "permissions don't bind root";
   const QString locked = path("locked");
   ASSERT_TRUE(QDir().mkpath(locked));
-  QFile file(locked + "/90-korvel.conf");
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  file.write("A=1\n");
-  file.close();
+  const QString file = locked + "/90-korvel.conf";
+  ASSERT_NO_FATAL_FAILURE(cfgq_test::write_file(file, "A=1\n"));
   ASSERT_EQ(chmod(locked.toLocal8Bit().constData(), 0555), 0);
-  EXPECT_EQ(cfgq_env::store_write(file.fileName(), "A", "v").outcome, write_outcome::failed);
-  EXPECT_EQ(cfgq_env::store_write(file.fileName(), "A", "").outcome, write_outcome::failed);
+  EXPECT_EQ(cfgq_env::store_write(file, "A", "v").outcome, write_outcome::failed);
+  EXPECT_EQ(cfgq_env::store_write(file, "A", "").outcome, write_outcome::failed);
   chmod(locked.toLocal8Bit().constData(), 0755);
-  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-  EXPECT_EQ(file.readAll(), QByteArray("A=1\n"));
+  EXPECT_EQ(cfgq_test::read_bytes(file), QByteArray("A=1\n"));
 }
 
 TEST_F(SetenvTest, ReadsTheFileAsTheSessionGeneratorDoes) {
