@@ -218,53 +218,41 @@ bool has_format_error(const QString& dir, const QByteArray& bytes) {
   return reads_with_format_error(reader);
 }
 
-// What each file looked like when it was last known to be read without format errors: Qt parses
-// a file again only when its size or modification time changed, and so does the check.
-class checked_files {
+// A state per settings file, shared by the threads of the process.
+class file_states {
  public:
-  bool is_known_clean(const QString& path, const cfgq_file_state& state) {
+  bool find(const QString& path, cfgq_file_state* state) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    const auto it = m_clean.constFind(path);
-    return it != m_clean.constEnd() && *it == state;
+    const auto it = m_states.constFind(path);
+    if (it == m_states.constEnd()) return false;
+    *state = *it;
+    return true;
   }
-  void set_clean(const QString& path, const cfgq_file_state& state) {
+  bool holds(const QString& path, const cfgq_file_state& state) {
+    cfgq_file_state found;
+    return find(path, &found) && found == state;
+  }
+  void set(const QString& path, const cfgq_file_state& state) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    m_clean.insert(path, state);
+    m_states.insert(path, state);
   }
 
  private:
   std::mutex m_mutex;
-  QHash<QString, cfgq_file_state> m_clean;
+  QHash<QString, cfgq_file_state> m_states;
 };
 
-checked_files& checked() {
-  static checked_files instance;
+// What each file looked like when it was last known to be read without format errors: Qt parses
+// a file again only when its size or modification time changed, and so does the check.
+file_states& checked() {
+  static file_states instance;
   return instance;
 }
 
 // What each file looked like when this process's settings objects last read or wrote it; Qt
 // keeps one parsed copy per file and process, and so does this record.
-class known_files {
- public:
-  bool find(const QString& path, cfgq_file_state* state) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    const auto it = m_known.constFind(path);
-    if (it == m_known.constEnd()) return false;
-    *state = *it;
-    return true;
-  }
-  void set(const QString& path, const cfgq_file_state& state) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_known.insert(path, state);
-  }
-
- private:
-  std::mutex m_mutex;
-  QHash<QString, cfgq_file_state> m_known;
-};
-
-known_files& known() {
-  static known_files instance;
+file_states& known() {
+  static file_states instance;
   return instance;
 }
 
@@ -353,9 +341,9 @@ void cfgq_settings_file_opened(const QSettings& settings) {
   const QString path = settings.fileName();
   const cfgq_file_state state = cfgq_state_of(path);
   known().set(path, state);
-  if (state.size <= 0 || checked().is_known_clean(path, state)) return;
+  if (state.size <= 0 || checked().holds(path, state)) return;
   if (!reads_with_format_error(settings)) {
-    checked().set_clean(path, state);
+    checked().set(path, state);
     return;
   }
   QFile file(path);
@@ -376,7 +364,7 @@ void cfgq_settings_file_written(const QString& path, const cfgq_file_state& befo
   if (!(after == before)) {
     // Only a write brings Qt's knowledge up to date: without pending changes it reads nothing.
     known().set(path, after);
-    checked().set_clean(path, after);
+    checked().set(path, after);
   }
   if (!temporary) return;
 #ifndef _WIN32
