@@ -76,10 +76,7 @@ bool environment_is(const char* name, const char* text) {
   return value != nullptr && std::strcmp(value, text) == 0;
 }
 
-bool is_isolated_run() {
-  return tst_is_regtest_mode() || environment_is("QT_QPA_PLATFORM", "minimal") ||
-         environment_is("PBUILD_BUILD", "1");
-}
+bool is_isolated_run() { return cfgq_isolated_run(nullptr); }
 
 // A value whose text form has this many UTF-16 code units or more is not stored. (The same
 // figure limits the settings file, counted in bytes, when it is opened.)
@@ -176,6 +173,19 @@ void set_aside(const char* suffix) {
 }
 
 }  // namespace
+
+bool cfgq_isolated_run(QString* why) {
+  const char* cause = nullptr;
+  if (tst_is_regtest_mode()) {
+    cause = "KORVEL_REGTEST=1";
+  } else if (environment_is("QT_QPA_PLATFORM", "minimal")) {
+    cause = "QT_QPA_PLATFORM=minimal";
+  } else if (environment_is("PBUILD_BUILD", "1")) {
+    cause = "PBUILD_BUILD=1";
+  }
+  if (cause != nullptr && why != nullptr) *why = QString::fromLatin1(cause);
+  return cause != nullptr;
+}
 
 QString get_main_key_name(const char* version, const char* suffix) {
   QString name = version != nullptr ? QString::fromUtf8(version)
