@@ -40,6 +40,10 @@ class owned_fd {
 
 bool gen_is_empty_string(const char* text) { return text == nullptr || text[0] == '\0'; }
 
+// The temporary directory, temporary files and the profile directory; Windows has its own in
+// gen_win.cpp.
+#ifndef _WIN32
+
 std::string gen_get_temp_path() {
   std::string dir = env_text("TMPDIR");
   if (dir.empty()) dir = "/tmp";
@@ -47,7 +51,6 @@ std::string gen_get_temp_path() {
 }
 
 std::string gen_create_temp_file(const std::string& directory, const std::string& prefix) {
-#ifndef _WIN32
   std::string pattern = directory;
   if (!pattern.empty() && pattern.back() != '/') pattern += '/';
   pattern += prefix + "XXXXXX";
@@ -61,18 +64,13 @@ std::string gen_create_temp_file(const std::string& directory, const std::string
     return std::string();
   }
   return std::string(name.data());
-#else
-#error "gen_create_temp_file needs a Windows implementation"
-#endif
 }
 
 std::string gen_get_user_profile_directory() {
-#ifdef _WIN32
-  return env_text("USERPROFILE");
-#else
   return env_text("HOME");
-#endif
 }
+
+#endif  // !_WIN32
 
 int gen_strcmp(const char* a, const char* b) {
   if (a == nullptr || b == nullptr) return a == b ? 0 : (a == nullptr ? -1 : 1);

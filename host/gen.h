@@ -6,7 +6,8 @@
 // True for a null pointer and for empty text.
 bool gen_is_empty_string(const char* text);
 
-// The directory for temporary files: $TMPDIR, or /tmp when unset or empty.
+// The directory for temporary files: $TMPDIR, or /tmp when unset or empty (on Windows, the
+// system's temporary directory, without its trailing separator).
 std::string gen_get_temp_path();
 
 // Creates a new, empty file in `directory` whose name starts with `prefix`, readable and writable
