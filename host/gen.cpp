@@ -4,10 +4,12 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #ifndef _WIN32
 #include <fcntl.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -53,7 +55,8 @@ std::string gen_get_temp_path() {
 std::string gen_create_temp_file(const std::string& directory, const std::string& prefix) {
   std::string pattern = directory;
   if (!pattern.empty() && pattern.back() != '/') pattern += '/';
-  pattern += prefix + "XXXXXX";
+  // The process id in the name lets a later process tell that its maker is gone.
+  pattern += prefix + "." + std::to_string(::getpid()) + ".XXXXXX";
   std::vector<char> name(pattern.begin(), pattern.end());
   name.push_back('\0');
   // mkostemp opens with O_CREAT | O_EXCL, so a link at the chosen name is never followed.
@@ -67,7 +70,17 @@ std::string gen_create_temp_file(const std::string& directory, const std::string
 }
 
 std::string gen_get_user_profile_directory() {
-  return env_text("HOME");
+  std::string home = env_text("HOME");
+  if (!home.empty()) return home;
+  // No HOME (a service, `env -u HOME`): the password database, as the system's own lookup does.
+  std::vector<char> buffer(16384);
+  struct passwd entry {};
+  struct passwd* found = nullptr;
+  if (::getpwuid_r(::geteuid(), &entry, buffer.data(), buffer.size(), &found) == 0 &&
+      found != nullptr && found->pw_dir != nullptr) {
+    home = found->pw_dir;
+  }
+  return home;
 }
 
 #endif  // !_WIN32

@@ -12,6 +12,8 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <QMap>
 #include <QSettings>
@@ -355,29 +357,37 @@ void CFGQ_REGISTRY_KEY::set_no(const QString& value_name) {
 CFGQ_REGISTRY_KEY::REGISTRY_ERROR_CODE CFGQ_REGISTRY_KEY::get_last_error() { return m_last_error; }
 
 int CFGQ_REGISTRY_KEY::copy(const QString& source, const QString& destination) {
-  m_settings->beginGroup(source);
-  // Both lists and every value of this level are taken before anything is written, so a
-  // destination inside the source (or equal to it) can't change what is visited.
-  const QStringList keys = m_settings->childKeys();
-  const QStringList groups = m_settings->childGroups();
-  QMap<QString, QVariant> buffer;
-  for (const QString& key : keys) buffer.insert(key, m_settings->value(key, QVariant()));
-  m_settings->endGroup();
-
+  // Group by group, depth first, each group's values before its subgroups', as a recursive walk
+  // would go; the groups still to visit wait on a list, not on the stack, so a hand-made file
+  // nested thousands of levels deep is copied like any other.
+  std::vector<std::pair<QString, QString>> pending{{source, destination}};
   int count = 0;
-  m_settings->beginGroup(destination);
-  for (const QString& key : keys) {
-    // Counted whether or not set_value stores it: the count tells that the source held keys.
-    set_value(key, buffer.value(key));
-    ++count;
-  }
-  m_settings->endGroup();
+  while (!pending.empty()) {
+    const auto [from, to] = std::move(pending.back());
+    pending.pop_back();
+    m_settings->beginGroup(from);
+    // Both lists and every value of this level are taken before anything is written, so a
+    // destination inside the source (or equal to it) can't change what is visited.
+    const QStringList keys = m_settings->childKeys();
+    const QStringList groups = m_settings->childGroups();
+    QMap<QString, QVariant> buffer;
+    for (const QString& key : keys) buffer.insert(key, m_settings->value(key, QVariant()));
+    m_settings->endGroup();
 
-  for (const QString& group : groups) {
-    // A hand-edited file can hold a key such as "a//b", listed as a subgroup with an empty name.
-    // Entering "<source>/" enters the source again, which would never end.
-    if (group.isEmpty()) continue;
-    count += copy(source + QLatin1Char('/') + group, destination + QLatin1Char('/') + group);
+    m_settings->beginGroup(to);
+    for (const QString& key : keys) {
+      // Counted whether or not set_value stores it: the count tells that the source held keys.
+      set_value(key, buffer.value(key));
+      ++count;
+    }
+    m_settings->endGroup();
+
+    for (auto group = groups.crbegin(); group != groups.crend(); ++group) {
+      // A hand-edited file can hold a key such as "a//b", listed as a subgroup with an empty
+      // name. Entering "<source>/" enters the source again, which would never end.
+      if (group->isEmpty()) continue;
+      pending.emplace_back(from + QLatin1Char('/') + *group, to + QLatin1Char('/') + *group);
+    }
   }
   return count;
 }

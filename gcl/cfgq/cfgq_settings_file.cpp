@@ -219,6 +219,13 @@ class file_lock {
   QLockFile m_lock;
 };
 
+// True when writes through `generation` need the file's lock taken by the owner: the file is
+// shared with other processes and Qt's settings objects open it through an alias (opened under
+// its own name, Qt takes that lock itself).
+bool takes_own_lock(const cfgq_file_record& record, const cfgq_file_generation& generation) {
+  return record.shared && generation.alias != record.real;
+}
+
 // Why the file at `real` can't be written, as the system says it.
 QString write_refusal_reason(const QString& real) {
   const QFileInfo info(real);
@@ -366,6 +373,7 @@ bool set_aside(cfgq_file_record& record, const platform::file_state& measured,
                const char* suffix, qint64 size_limit, QString* why) {
   file_lock lock(record.real);
   qint64 holder = 0;
+  // Taken even where Qt opens the file under its own name: no settings object holds it here.
   if (record.shared && !lock.take(why, &holder)) return false;
   const platform::file_state now = platform::state_of(record.real, true);
   if (!now.same_file(measured) || (size_limit >= 0 && now.size <= size_limit)) return true;
@@ -452,7 +460,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
   }
 
   std::unique_ptr<cfgq_settings_file> settings;
-  if (generation->dirty_objects > 0 && record->shared) {
+  if (generation->dirty_objects > 0 && takes_own_lock(*record, *generation)) {
     // Opening writes the changes other objects on the alias hold: under the file's lock.
     file_lock lock(record->real);
     QString why;
@@ -534,7 +542,7 @@ void cfgq_settings_file::finish() {
   file_lock lock(record.real);
   QString why;
   qint64 holder = 0;
-  if (record.shared && !lock.take(&why, &holder)) {
+  if (takes_own_lock(record, generation) && !lock.take(&why, &holder)) {
     discard_writes(generation);
     if (record.current.get() == &generation) new_generation(record);
     report_failure(m_path, why, holder);
