@@ -57,8 +57,8 @@ void check_encoding(const QString& path, const QByteArray& bytes, report* out) {
   qsizetype first_bad = 0;
   for (const QByteArray& line : bytes.split('\n')) {
     ++line_number;
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    (void)decoder.decode(line);
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString decoded = decoder.decode(line);  // decoding happens on conversion
     if (!decoder.hasError()) continue;
     if (bad_lines++ == 0) first_bad = line_number;
   }
