@@ -94,12 +94,16 @@ class settings_watch {
     read(&m_last);
     if (!m_last.unreadable.isEmpty()) note(QStringLiteral("%1: %2").arg(m_path, m_last.unreadable));
     // The file is replaced by a rename on every write, so its directory is watched by name; a
-    // short pause lets a writer's lock, temporary and rename settle into one look.
+    // short pause lets a writer's lock, temporary and rename settle into one look. The pause is
+    // not restarted by later notices, so that a steady stream of writes is still looked at.
     m_settle.setSingleShot(true);
     m_settle.setInterval(20);
     QObject::connect(&m_settle, &QTimer::timeout, [this] { look(); });
-    QObject::connect(&m_watcher, &QFileSystemWatcher::directoryChanged, [this] { m_settle.start(); });
-    QObject::connect(&m_watcher, &QFileSystemWatcher::fileChanged, [this] { m_settle.start(); });
+    const auto changed = [this] {
+      if (!m_settle.isActive()) m_settle.start();
+    };
+    QObject::connect(&m_watcher, &QFileSystemWatcher::directoryChanged, changed);
+    QObject::connect(&m_watcher, &QFileSystemWatcher::fileChanged, changed);
     if (!m_watcher.addPath(directory)) {
       // No change notices here (a limit on watches, a file system without them): look twice a second.
       QObject::connect(&m_poll, &QTimer::timeout, [this] { look(); });
