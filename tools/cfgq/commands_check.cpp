@@ -4,11 +4,11 @@
 #include <unistd.h>
 
 #include <QDateTime>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
 #include <QStringDecoder>
+#include <QSysInfo>
 
 #include "cfgq_tool.h"
 #include "cli.h"
@@ -139,7 +139,7 @@ QString mode_text(mode_t mode) { return QStringLiteral("0%1").arg(mode & 07777, 
 
 void check_permissions(const QString& path, report* out) {
   struct stat st {};
-  if (::stat(QFile::encodeName(path).constData(), &st) == 0) {
+  if (::stat(QFile::encodeName(path).constData(), &st) == 0 && S_ISREG(st.st_mode)) {
     if ((st.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
       out->finding(path, QStringLiteral("others may change it (mode %1); chmod 600 makes it yours alone")
                              .arg(mode_text(st.st_mode)));

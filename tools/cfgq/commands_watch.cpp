@@ -91,8 +91,6 @@ class settings_watch {
       *why = QStringLiteral("the settings file's directory %1 does not exist").arg(directory);
       return false;
     }
-    read(&m_last);
-    if (!m_last.unreadable.isEmpty()) note(QStringLiteral("%1: %2").arg(m_path, m_last.unreadable));
     // The file is replaced by a rename on every write, so its directory is watched by name; a
     // short pause lets a writer's lock, temporary and rename settle into one look. The pause is
     // not restarted by later notices, so that a steady stream of writes is still looked at.
@@ -110,11 +108,13 @@ class settings_watch {
       m_poll.start(500);
     }
     watch_file();
+    // The first snapshot comes after the watch is in place, so that no write falls between.
+    m_last = read_settings(m_path, m_group);
+    if (!m_last.unreadable.isEmpty()) note(QStringLiteral("%1: %2").arg(m_path, m_last.unreadable));
     return true;
   }
 
  private:
-  void read(settings_snapshot* snapshot) const { *snapshot = read_settings(m_path, m_group); }
 
   // In-place writes change the file, not the directory: the file is watched too, again after
   // each rename has put a new file at its name.
