@@ -425,8 +425,15 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     return std::unique_ptr<cfgq_settings_file>(
         new cfgq_settings_file(generation->alias, path, nullptr, generation));
   }
-  // The temporary file is ours by name: whatever was planted there is replaced, not followed.
-  if (temporary) cfgq_secure_temporary_file(path);
+  // The temporary file is ours by name: whatever was planted there is replaced, never followed
+  // (while no write of the process is under way: a write gives the file a second name).
+  std::shared_ptr<cfgq_file_record> record;
+  std::unique_lock<std::mutex> guard;
+  if (temporary) {
+    record = records().find_or_make(path, false);
+    guard = std::unique_lock<std::mutex>(record->mutex);
+    cfgq_secure_temporary_file(path);
+  }
   const platform::file_state seen = platform::state_of(path, false);
   const QString real = seen.link ? platform::final_target(path) : path;
   platform::file_state state = seen.link ? platform::state_of(real, true) : seen;
@@ -435,9 +442,10 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     return std::unique_ptr<cfgq_settings_file>(
         new cfgq_settings_file(generation->alias, path, nullptr, generation));
   }
-
-  std::shared_ptr<cfgq_file_record> record = records().find_or_make(real, !temporary);
-  std::unique_lock<std::mutex> guard(record->mutex);
+  if (!temporary) {
+    record = records().find_or_make(real, true);
+    guard = std::unique_lock<std::mutex>(record->mutex);
+  }
   if (state.exists && state.size > max_file_bytes) {
     QString why;
     if (!set_aside(*record, state, ".large", max_file_bytes, &why)) {
