@@ -8,6 +8,7 @@
 #include <thread>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -365,6 +366,73 @@ void keep_damaged_copy(cfgq_file_record& record, QSettings& settings,
   }
 }
 
+// Lets Qt write the file through `generation`'s alias (`write` makes the settings object that
+// writes, or has one write, and returns it standing at the root), with the file's lock held or
+// not needed, and checks the outcome: a file that is no regular file is not written; a missing
+// file is made private first; Qt is made to read again a file written by others since it read
+// it; a new file cut short (a full disk, a quota) is replaced by the old one again. Returns
+// why the write failed, or empty text. The record's mutex is held.
+QString write_checked(cfgq_file_record& record, cfgq_file_generation& generation,
+                      const std::function<QSettings&()>& write) {
+  const platform::file_state before = platform::state_of(record.real, false);
+  if (before.exists && !before.regular) {
+    // A link, device or directory put in place of the file since it was opened.
+    return QStringLiteral("not a regular file");
+  }
+  if (!before.exists) {
+    // Qt would make the file readable by everyone (and writable, under umask 000).
+    platform::make_private_file(record.real, nullptr, nullptr);
+  } else if (!generation.known_valid || !before.same_as(generation.known)) {
+    // Another process wrote the file since Qt read it: make sure Qt sees it changed, by more
+    // than its size and modification time, and reads it again before it merges and writes.
+    platform::touch_later(record.real, before.modified_ms, nullptr);
+  }
+  const platform::file_state start = platform::state_of(record.real, true);
+  // A second name for the old file: if the new one comes out short, it goes back in place.
+  const QString keep =
+      record.real + QStringLiteral(".cfgq-keep.%1").arg(platform::this_process());
+  platform::remove_file(keep);
+  const bool kept =
+      start.exists && start.size > 0 && platform::hard_link(record.real, keep, nullptr);
+
+  QSettings& settings = write();
+  const platform::file_state written = platform::state_of(record.real, true);
+  QString failure;
+  if (settings.status() == QSettings::AccessError) {
+    failure = write_refusal_reason(record.real);
+  } else if (!written.same_as(start)) {
+    bool ends_with_line_end = true;
+    const qint64 found = line_ends_in(record.real, &ends_with_line_end);
+    // The count is exact while no other object on the alias can change what Qt holds (their
+    // first change waits for the record's mutex); otherwise a cut shows in the last line alone.
+    const bool exact = generation.dirty_objects == 0;
+    const qint64 expected = exact ? expected_line_ends(settings) : found;
+    if (found != expected || (written.size > 0 && !ends_with_line_end)) {
+      failure = QStringLiteral("the new content was cut short (disk full or over quota?)");
+      if (kept) {
+        QString restore_why;
+        if (!platform::rename_over(keep, record.real, &restore_why)) {
+          failure += QStringLiteral("; the old file could not be put back: ") + restore_why;
+        }
+      } else if (!start.exists || start.size == 0) {
+        // Nothing was there: nothing to lose but the cut file.
+        platform::remove_file(record.real);
+      }
+    }
+  }
+  if (kept) platform::remove_file(keep);
+  if (!failure.isEmpty()) return failure;
+  if (before.exists && !written.same_file(before)) {
+    // A write by another user (root) made a new file: give it back its owner and mode.
+    platform::restore_owner_and_mode(record.real, before);
+  }
+  generation.known = platform::state_of(record.real, true);
+  generation.known_valid = true;
+  // Qt writes only what it parsed without error: the new file needs no check for damage.
+  record.checked = generation.known;
+  return QString();
+}
+
 // Renames the record's file to its name with `suffix` appended, if it is still the file that
 // `measured` describes (and, for `size_limit` >= 0, still larger than it), under the file's lock,
 // so that it happens once however many processes found it. The file made in its place keeps its
@@ -478,13 +546,17 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
       generation = new_generation(*record);
       settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
     } else {
-      const platform::file_state before = platform::state_of(real, true);
-      if (!generation->known_valid || !before.same_as(generation->known)) {
-        platform::touch_later(real, before.modified_ms, nullptr);
+      const QString failure = write_checked(*record, *generation, [&]() -> QSettings& {
+        settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
+        return *settings;
+      });
+      if (!failure.isEmpty()) {
+        // The other objects' changes are refused at their own ends; this one reads anew.
+        discard_writes(*generation);
+        report_failure(record->real, failure);
+        generation = new_generation(*record);
+        settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
       }
-      settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
-      generation->known = platform::state_of(real, true);
-      generation->known_valid = true;
     }
   } else {
     settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
@@ -557,70 +629,16 @@ void cfgq_settings_file::finish() {
     sync();
     return;
   }
-  const platform::file_state before = platform::state_of(record.real, false);
-  if (before.exists && !before.regular) {
-    // A link, device or directory put in place of the file since it was opened.
-    discard_writes(generation);
-    if (record.current.get() == &generation) new_generation(record);
-    report_failure(m_path, QStringLiteral("not a regular file"));
+  const QString failure = write_checked(record, generation, [this]() -> QSettings& {
     sync();
-    return;
-  }
-  if (!before.exists) {
-    // Qt would make the file readable by everyone (and writable, under umask 000).
-    platform::make_private_file(record.real, nullptr, nullptr);
-  } else if (!generation.known_valid || !before.same_as(generation.known)) {
-    // Another process wrote the file since Qt read it: make sure Qt sees it changed, by more
-    // than its size and modification time, and reads it again before it merges and writes.
-    platform::touch_later(record.real, before.modified_ms, nullptr);
-  }
-  const platform::file_state start = platform::state_of(record.real, true);
-  // A second name for the old file: if the new one comes out short, it goes back in place.
-  const QString keep =
-      record.real + QStringLiteral(".cfgq-keep.%1").arg(platform::this_process());
-  platform::remove_file(keep);
-  const bool kept = start.exists && start.size > 0 && platform::hard_link(record.real, keep, nullptr);
-
-  sync();
-  const platform::file_state written = platform::state_of(record.real, true);
-  QString failure;
-  if (status() == QSettings::AccessError) {
-    failure = write_refusal_reason(record.real);
-  } else if (!written.same_as(start)) {
     while (!group().isEmpty()) endGroup();
-    bool ends_with_line_end = true;
-    const qint64 found = line_ends_in(record.real, &ends_with_line_end);
-    // The count is exact while no other object on the alias can change what Qt holds (their
-    // first change waits for the record's mutex); otherwise a cut shows in the last line alone.
-    const bool exact = generation.dirty_objects == 0;
-    const qint64 expected = exact ? expected_line_ends(*this) : found;
-    if (found != expected || (written.size > 0 && !ends_with_line_end)) {
-      failure = QStringLiteral("the new content was cut short (disk full or over quota?)");
-      if (kept) {
-        QString restore_why;
-        if (!platform::rename_over(keep, record.real, &restore_why)) {
-          failure += QStringLiteral("; the old file could not be put back: ") + restore_why;
-        }
-      } else if (!start.exists || start.size == 0) {
-        // Nothing was there: nothing to lose but the cut file.
-        platform::remove_file(record.real);
-      }
-    }
-  }
-  if (kept) platform::remove_file(keep);
-  if (!failure.isEmpty()) {
-    // The changes stay in Qt's state of this alias; later objects must not read them back.
-    discard_writes(generation);
-    if (record.current.get() == &generation) new_generation(record);
-    report_failure(m_path, failure);
-    return;
-  }
-  if (before.exists && !written.same_file(before)) {
-    // A write by another user (root) made a new file: give it back its owner and mode.
-    platform::restore_owner_and_mode(record.real, before);
-  }
-  generation.known = platform::state_of(record.real, true);
-  generation.known_valid = true;
-  // Qt writes only what it parsed without error: the new file needs no check for damage.
-  record.checked = generation.known;
+    return *this;
+  });
+  if (failure.isEmpty()) return;
+  // The changes stay in Qt's state of this alias; later objects must not read them back, and
+  // when the write was not even tried, this object's end must not make it.
+  discard_writes(generation);
+  if (record.current.get() == &generation) new_generation(record);
+  report_failure(m_path, failure);
+  sync();
 }
