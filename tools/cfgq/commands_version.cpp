@@ -110,8 +110,10 @@ int run_migrate(const invocation& call) {
                              "defaults.\n").arg(removal));
         break;
       case migration_plan::copy:
-        print(QStringLiteral("migrate would carry %1 forward into %2 from %3 (version %4).\n")
-                  .arg(count_of(plan.values, "value", "values"), main_key, plan.source, plan.source_version));
+        print(QStringLiteral("migrate would carry %1 (version %2) forward into %3: %4, less the "
+                             "few that each version keeps for itself.\n")
+                  .arg(plan.source, plan.source_version, main_key,
+                       count_of(plan.values, "value", "values")));
         break;
       case migration_plan::fresh:
         print(QStringLiteral("No earlier version's settings were found; migrate would only mark %1 "
