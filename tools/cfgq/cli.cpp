@@ -8,15 +8,20 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonParseError>
 
+#ifndef _WIN32
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#else
+#include <QSaveFile>
+#endif
 
 #include "cfgq_tool.h"
 
@@ -112,6 +117,7 @@ int check_writes(const QString& what) {
   return fail(what, why, exit_failed);
 }
 
+#ifndef _WIN32
 namespace {
 
 // Closes a descriptor and removes a temporary file on every path out of a write.
@@ -202,6 +208,17 @@ bool write_file_atomically(const QString& path, const QByteArray& bytes, QString
   return true;
 }
 
+#else
+
+bool write_file_atomically(const QString& path, const QByteArray& bytes, QString* why) {
+  QSaveFile file(path);
+  if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit()) return true;
+  *why = file.errorString();
+  return false;
+}
+
+#endif
+
 // ---- Isolated runs and set-aside copies ------------------------------------------------------
 
 namespace {
@@ -218,14 +235,13 @@ const set_aside_kind set_aside_kinds[] = {
                "empty"},
 };
 
-// Enough of a file's state to see that it was made or replaced: absent, or inode, size and time.
+// Enough of a file's state to see that it was made or replaced: empty when absent.
 QByteArray file_state(const QString& path) {
-  struct stat st {};
-  if (::stat(QFile::encodeName(path).constData(), &st) != 0) return QByteArray();
-  return QByteArray::number(static_cast<qulonglong>(st.st_ino)) + ' ' +
-         QByteArray::number(static_cast<qlonglong>(st.st_size)) + ' ' +
-         QByteArray::number(static_cast<qlonglong>(st.st_mtim.tv_sec)) + '.' +
-         QByteArray::number(static_cast<qlonglong>(st.st_mtim.tv_nsec));
+  const QFileInfo info(path);
+  if (!info.exists()) return QByteArray();
+  return QByteArray::number(info.size()) + ' ' +
+         QByteArray::number(info.lastModified().toMSecsSinceEpoch()) + ' ' +
+         QByteArray::number(info.metadataChangeTime().toMSecsSinceEpoch());
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // cfgq: look at and repair a user's Korvel settings file from the command line.
 // This file parses the command word and its options and hands over to the command's body.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <optional>
@@ -132,12 +133,15 @@ int run_command(const command& c, const QStringList& words) {
   line.prepend(QStringLiteral("cfgq"));
   if (!parser.parse(line)) {
     const QString value = value_like_option(parser, words);
-    const QString hint =
-        value.isEmpty()
-            ? QStringLiteral("see 'cfgq help %1'").arg(name)
-            : QStringLiteral("if '%1' is a value, put -- before the arguments: cfgq %2 -- %3")
-                  .arg(value, name, parser.positionalArguments().join(QLatin1Char(' ')) +
-                                        QLatin1Char(' ') + value);
+    QString hint = QStringLiteral("see 'cfgq help %1'").arg(name);
+    if (!value.isEmpty()) {
+      hint = QStringLiteral("if '%1' is a value, put -- before the arguments").arg(value);
+      // The corrected line, when the value is the only word that looks like an option.
+      const auto option_like = [](const QString& word) { return word.startsWith(QLatin1Char('-')); };
+      if (std::count_if(words.begin(), words.end(), option_like) == 1) {
+        hint += QStringLiteral(": cfgq %1 -- %2").arg(name, words.join(QLatin1Char(' ')));
+      }
+    }
     return cli::fail(name, QStringLiteral("%1 (%2)").arg(parser.errorText(), hint), cli::exit_usage);
   }
   if (parser.isSet(QStringLiteral("help"))) {
