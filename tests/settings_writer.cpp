@@ -116,6 +116,12 @@ int main(int argc, char** argv) {
     return count_up(QString::fromLocal8Bit(argv[2]), std::strtol(argv[3], nullptr, 10));
   }
   if (mode == "check" && argc >= 3) return check_logs(argc - 2, argv + 2);
+  if (mode == "one" && argc == 4) {
+    // One value through one view, as a short-lived tool writes.
+    Key view(Key::GENERAL, nullptr, nullptr);
+    view.set_value(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));
+    return 0;
+  }
   std::fprintf(stderr,
                "usage: settings_writer write NAME COUNT [LOG] | loop NAME LOG | count NAME COUNT | "
                "check LOG...\n");
