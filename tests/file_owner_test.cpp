@@ -258,12 +258,14 @@ TEST_F(FileOwnerTest, DeadProcessesTemporariesAreRemovedOthersStay) {
   const QString dead_dir = temp.filePath(QStringLiteral("cfgq.%1.AbC123").arg(gone));
   const QString live_file = temp.filePath(QStringLiteral("CFGQ.%1.AbC123").arg(::getpid()));
   const QString foreign = temp.filePath(QStringLiteral("CFGQ1234AbC123"));
-  for (const QString& file : {dead_file, live_file, foreign}) write_file(file, "x");
+  const QString dead_keep = profile_file() + QStringLiteral(".cfgq-keep.%1").arg(gone);
+  for (const QString& file : {dead_file, live_file, foreign, dead_keep}) write_file(file, "x");
   ASSERT_TRUE(QDir().mkpath(dead_dir));
   ASSERT_TRUE(QFile::link(home(), dead_dir + "/f1.1"));
   cfgq({"get", "General", "Nothing"}, {"TMPDIR=" + temp.path()});
   EXPECT_FALSE(QFileInfo::exists(dead_file));
   EXPECT_FALSE(QFileInfo::exists(dead_dir));
+  EXPECT_FALSE(QFileInfo::exists(dead_keep));
   EXPECT_TRUE(QFileInfo::exists(home()));
   EXPECT_TRUE(QFileInfo::exists(live_file));
   EXPECT_TRUE(QFileInfo::exists(foreign));

@@ -126,6 +126,22 @@ file_records& records() {
   return instance;
 }
 
+// Removes the second names that killed writers of this file left ("<file>.cfgq-keep.<pid>", see
+// write_checked) once their process is provably gone: they hold an older version of the file.
+void remove_dead_writers_keeps(const QString& real) {
+  const QFileInfo file(real);
+  const QString prefix = file.fileName() + QStringLiteral(".cfgq-keep.");
+  QDir dir = file.dir();
+  for (const QString& name : dir.entryList({prefix + QLatin1Char('*')},
+                                           QDir::Files | QDir::Hidden | QDir::System)) {
+    bool number = false;
+    const qint64 pid = name.mid(prefix.size()).toLongLong(&number);
+    if (number && pid != platform::this_process() && platform::process_is_gone(pid)) {
+      platform::remove_file(dir.filePath(name));
+    }
+  }
+}
+
 // A new alias of the record's file; the record's views from now on open it. The old alias stays
 // (objects opened on it may still write through it) but loses its keeper.
 std::shared_ptr<cfgq_file_generation> new_generation(cfgq_file_record& record) {
@@ -524,6 +540,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     }
     state = platform::state_of(real, true);
   }
+  if (!record->current && record->shared) remove_dead_writers_keeps(real);
   std::shared_ptr<cfgq_file_generation> generation =
       record->current ? record->current : new_generation(*record);
   // Qt would go on with what it read before when a new file looks the same to it (same size,
