@@ -102,14 +102,14 @@ QString command_hint(const std::vector<command>& commands, const QString& word) 
   return nearest.isEmpty() ? QString() : QStringLiteral(" (did you mean %1?)").arg(nearest);
 }
 
-// After "Unknown option": the first word that looks like an option the command doesn't take,
-// when it may be a value meant as an argument ("-5"); empty otherwise.
+// After "Unknown option": the first word with one dash that the command doesn't take as an
+// option, which may be a value meant as an argument ("-5", "-x"); empty otherwise. A word with
+// two dashes is taken for a mistyped option.
 QString value_like_option(const QCommandLineParser& parser, const QStringList& words) {
   for (const QString& word : words) {
     if (word == QLatin1String("--")) break;
-    if (!word.startsWith(QLatin1Char('-')) || word.size() < 2) continue;
-    const QString name = word.mid(word.startsWith(QLatin1String("--")) ? 2 : 1).section(QLatin1Char('='), 0, 0);
-    if (!parser.optionNames().contains(name) && parser.unknownOptionNames().contains(name)) return word;
+    if (!word.startsWith(QLatin1Char('-')) || word.startsWith(QLatin1String("--")) || word.size() < 2) continue;
+    if (parser.unknownOptionNames().contains(word.mid(1).section(QLatin1Char('='), 0, 0))) return word;
   }
   return QString();
 }
