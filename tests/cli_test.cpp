@@ -544,7 +544,7 @@ TEST_F(CliTest, ResetAndMigrateAskOnATerminal) {
       {"reset", "\n", "Remove all 4 values of 25.1_pro from ", nullptr},
       {"reset", "yes\n", "Remove all 4 values of 25.1_pro from ", "Removed 4 values from 25.1_pro"},
       {"migrate", "no\n", "25.1_pro holds 1 value written before its first migration", nullptr},
-      {"migrate", "y\n", "Remove them, so that the tools start from their defaults? [y/N] ",
+      {"migrate", "y\n", "Remove it, so that the tools start from their defaults? [y/N] ",
        "Removed the 1 value that 25.1_pro held from before its first migration"},
   };
   for (const auto& c : cases) {
@@ -589,7 +589,7 @@ TEST_F(CliTest, MigrateCarriesAnEarlierVersionForwardOnce) {
   const QByteArray stale = profile_bytes();
   EXPECT_EQ(run({"migrate", "--dry-run"}).out,
             "25.1_pro holds 1 value written before its first migration (no current format marker); "
-            "migrate would remove them, so that the tools start from their defaults.\n");
+            "migrate would remove it, so that the tools start from their defaults.\n");
   const tool_result refused = run({"migrate"});
   EXPECT_EQ(refused.status, 2);
   EXPECT_TRUE(refused.err.contains(QLatin1String("standard input is not a terminal: add --yes"))) << text(refused.err);

@@ -97,6 +97,7 @@ void add_migrate_options(QCommandLineParser& parser) {
 int run_migrate(const invocation& call) {
   const QString main_key = running_main_key();
   const migration_plan plan = plan_migration(main_key);
+  const QString them = plan.values == 1 ? QStringLiteral("it") : QStringLiteral("them");
   const QString removal =
       QStringLiteral("%1 holds %2 written before its first migration (no current format marker)")
           .arg(main_key, count_of(plan.values, "value", "values"));
@@ -106,8 +107,8 @@ int run_migrate(const invocation& call) {
         print(QStringLiteral("%1 is migrated already; migrate would change nothing.\n").arg(main_key));
         break;
       case migration_plan::remove:
-        print(QStringLiteral("%1; migrate would remove them, so that the tools start from their "
-                             "defaults.\n").arg(removal));
+        print(QStringLiteral("%1; migrate would remove %2, so that the tools start from their "
+                             "defaults.\n").arg(removal, them));
         break;
       case migration_plan::copy:
         print(QStringLiteral("migrate would carry %1 (version %2) forward into %3: %4, less the "
@@ -134,7 +135,7 @@ int run_migrate(const invocation& call) {
                       .arg(removal),
                   exit_usage);
     }
-    if (!confirmed(QStringLiteral("%1. Remove them, so that the tools start from their defaults?").arg(removal))) {
+    if (!confirmed(QStringLiteral("%1. Remove %2, so that the tools start from their defaults?").arg(removal, them))) {
       print(QStringLiteral("Nothing changed.\n"));
       return exit_ok;
     }
