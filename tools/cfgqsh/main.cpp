@@ -4,7 +4,9 @@
 #include <tcl.h>
 
 #include "atcl.h"
-#include "cfgq_tcl_args_auto.h"
+
+// The package's load entry, exported by libcfgq (`load libcfgq.so Gui_settings`).
+extern "C" int Gui_settings_Init(Tcl_Interp* interp);
 
 namespace {
 
