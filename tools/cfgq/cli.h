@@ -56,7 +56,8 @@ struct command {
 std::vector<command> store_commands();     // path show get set keys clear sections
 std::vector<command> backup_commands();    // export import
 std::vector<command> recover_commands();   // recover
-std::vector<command> version_commands();   // migrate reset setenv
+std::vector<command> version_commands();   // migrate reset
+std::vector<command> env_commands();       // setenv getenv unsetenv env
 
 // ---- Main keys and sections ------------------------------------------------------------
 
