@@ -66,7 +66,7 @@ class EnvToolTest : public ::testing::Test {
     }
     environment.insert("HOME", home());
     environment.insert("KORVEL_SYSTEM_ENV_FILE", home() + "/system.conf");
-    environment.insert("ASAN_OPTIONS", "verify_asan_link_order=0:detect_leaks=0");
+    environment.insert("ASAN_OPTIONS", "verify_asan_link_order=0");
     return environment;
   }
 
@@ -231,6 +231,8 @@ TEST_F(EnvToolTest, MessagesSayWhatHappenedAndWhere) {
       {{"getenv", "KORVEL_HOME"}, 1, "user store (@STORE@): not set\n"},
       {{"unsetenv", "KORVEL_HOME"}, 1, "Neither store sets KORVEL_HOME; nothing changed.\n"},
       {{"setenv", "KORVEL_HOME", "/c", "--append"}, 0, "Set KORVEL_HOME in the user store"},
+      {{"unsetenv", "PATH"}, 0, "Removed PATH"},
+      {{"setenv", "PATH", "/only"}, 0, "It replaces the session's own PATH at the next login"},
   };
   for (const auto& step : steps) {
     SCOPED_TRACE(step.args.join(' ').toStdString());
@@ -303,12 +305,13 @@ TEST_F(EnvToolTest, StoresThatCantBeWrittenFailVisibly) {
 TEST_F(EnvToolTest, WriteFaultsLeaveOldOrNewBytes) {
   const QString dir = QFileInfo(store()).path();
   ASSERT_TRUE(QDir().mkpath(dir));
-  for (const int lines : {4, 200}) {
+  // About 100 bytes at every offset, 1.3 KB and 1 MB at a stride.
+  for (const auto& [lines, stride] : {std::pair<int, int>{14, 1}, {200, 97}, {110'000, 199'999}}) {
     QByteArray old_bytes = "# kept\n";
     for (int i = 0; i < lines; ++i) old_bytes += QByteArray("K") + QByteArray::number(i) + "=x\n";
     const QByteArray new_bytes = old_bytes + "NEW=\"value\"\n";
     std::vector<qsizetype> offsets;
-    for (qsizetype at = 0; at <= new_bytes.size(); at += lines < 10 ? 1 : 97) offsets.push_back(at);
+    for (qsizetype at = 0; at <= new_bytes.size(); at += stride) offsets.push_back(at);
     offsets.push_back(new_bytes.size() - 1);
     for (const char* mode : {"short", "enospc"}) {
       for (const qsizetype at : offsets) {

@@ -1,6 +1,7 @@
 // The environment.d format: the generator's reader, element by element, and the writer's edits.
 #include "cfgq_envd_format.h"
 
+#include <QHash>
 #include <QStringDecoder>
 
 namespace envd {
@@ -194,23 +195,26 @@ parsed_file parse(const QByteArray& bytes) {
 
 std::vector<std::pair<QByteArray, QByteArray>> variables(const parsed_file& file) {
   std::vector<std::pair<QByteArray, QByteArray>> result;
+  QHash<QByteArray, std::size_t> position;  // name -> its entry in result
   for (const assignment& a : file.assignments) {
     if (!is_valid_name(a.name) || a.value.isEmpty() || !is_utf8(a.value)) continue;
-    bool known = false;
-    for (auto& [name, value] : result) {
-      if (name == a.name) {
-        value = a.value;
-        known = true;
-      }
+    const auto known = position.constFind(a.name);
+    if (known != position.constEnd()) {
+      result[*known].second = a.value;
+    } else {
+      position.insert(a.name, result.size());
+      result.emplace_back(a.name, a.value);
     }
-    if (!known) result.emplace_back(a.name, a.value);
   }
   return result;
 }
 
 std::optional<QByteArray> lookup(const parsed_file& file, const QByteArray& name) {
-  for (const auto& [n, v] : variables(file)) {
-    if (n == name) return v;
+  // The last counting assignment of the name.
+  for (auto a = file.assignments.rbegin(); a != file.assignments.rend(); ++a) {
+    if (a->name == name && is_valid_name(a->name) && !a->value.isEmpty() && is_utf8(a->value)) {
+      return a->value;
+    }
   }
   return std::nullopt;
 }

@@ -114,6 +114,12 @@ int run_setenv(const invocation& call) {
   QString report = outcome_line(name, value, append, before, after.value_or(QString()),
                                 described(written));
   if (after) report += QStringLiteral("  %1=%2\n").arg(name, *after);
+  const bool session_defines = !qEnvironmentVariableIsEmpty(name.toLocal8Bit().constData());
+  if (!append && !before && after && session_defines && !after->contains(QLatin1Char('$'))) {
+    report += QStringLiteral("It replaces the session's own %1 at the next login; --append "
+                             "would extend it instead.\n")
+                  .arg(name);
+  }
   print(report + QLatin1String(login_note));
   return exit_ok;
 }
