@@ -170,7 +170,8 @@ TEST_F(EnvToolTest, LoginSeesWhatTheToolWrote) {
         {"setenv", "V6", QString::fromUtf8("\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80")},
         {"setenv", "V7", "#;=x"}, {"setenv", "V8", big_value}},
        {{"V1", "  blanks  "}, {"V2", "\"q\" 'q'"}, {"V3", "a\\b\\"}, {"V4", "`cmd`"},
-        {"V5", "\ttab\n\nline\r\n"}, {"V6", "\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80"}, {"V7", "#;=x"}},
+        {"V5", "\ttab\n\nline\r\n"}, {"V6", "\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80"},
+        {"V7", "#;=x"}},
        std::nullopt},
   };
   const auto without_stores = login();
@@ -385,7 +386,9 @@ TEST_F(EnvToolTest, ReadOnlyStoreAndNoHomeAsAnotherUser) {
                                  "HOME=" + own};
   tool_result r = cfgq({"setenv", "A", "2"}, tool_environment(), as_nobody);
   EXPECT_EQ(r.status, 3);
-  EXPECT_TRUE(r.err.startsWith("cfgq: setenv A: " + dir + "/90-korvel.conf: can't create a file in " + dir + ": Permission denied")) << r.err.toStdString();
+  EXPECT_EQ(r.err, QString("cfgq: setenv A: %1/90-korvel.conf: can't create a file in %1: "
+                           "Permission denied\n")
+                       .arg(dir));
   EXPECT_EQ(read_bytes(dir + "/90-korvel.conf"), "A=1\n");
 
   // nobody's home in the password database does not exist.
