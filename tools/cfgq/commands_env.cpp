@@ -138,6 +138,9 @@ int run_getenv(const invocation& call) {
                   .arg(store->path.isEmpty() ? store->scope + QStringLiteral(" store")
                                              : described(*store),
                        text ? *text : QStringLiteral("not set"));
+    if (!store->path.isEmpty() && !store->problem.isEmpty()) {
+      report += QStringLiteral("  (%1)\n").arg(store->problem);
+    }
   }
   if (user.path.isEmpty()) {
     report += QStringLiteral("'cfgq setenv %1' can't write: %2\n").arg(name, user.problem);
@@ -161,6 +164,12 @@ int run_unsetenv(const invocation& call) {
   const cfgq_env_store user = cfgq_tool_env_store(false);
   const cfgq_env_store system = cfgq_tool_env_store(true);
   if (!text_in(user, name) && !text_in(system, name)) {
+    // A store the session manager ignores as a whole may still hold the line.
+    for (const cfgq_env_store* store : {&user, &system}) {
+      if (!store->path.isEmpty() && !store->problem.isEmpty()) {
+        return fail(what, QStringLiteral("%1: %2").arg(store->path, store->problem), exit_failed);
+      }
+    }
     print(QStringLiteral("Neither store sets %1; nothing changed.\n").arg(name));
     return exit_absent;
   }
