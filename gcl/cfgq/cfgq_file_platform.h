@@ -89,6 +89,9 @@ bool process_is_gone(qint64 pid);
 // True when process `pid` runs but is stopped (it holds what it holds until continued).
 bool process_is_stopped(qint64 pid);
 
+// Free bytes for this user on the file system holding `path`; the largest number when unknown.
+qint64 free_bytes(const QString& path);
+
 // The text of the last system error of this thread ("No space left on device").
 QString last_error_text();
 

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include <QDir>
@@ -14,6 +15,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -227,6 +229,14 @@ bool process_is_stopped(qint64 pid) {
   if (close < 0 || close + 2 >= line.size()) return false;
   const char state = line.at(close + 2);
   return state == 'T' || state == 't';
+}
+
+qint64 free_bytes(const QString& path) {
+  struct statvfs vfs {};
+  if (::statvfs(QFile::encodeName(path).constData(), &vfs) != 0) {
+    return std::numeric_limits<qint64>::max();
+  }
+  return static_cast<qint64>(vfs.f_bavail) * static_cast<qint64>(vfs.f_frsize);
 }
 
 QString last_error_text() { return error_text(errno); }

@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <limits>
+
 #include <QDir>
 #include <QFileInfo>
 #include <QRandomGenerator>
@@ -212,6 +214,14 @@ bool process_is_gone(qint64 pid) {
 bool process_is_stopped(qint64 pid) {
   (void)pid;
   return false;
+}
+
+qint64 free_bytes(const QString& path) {
+  ULARGE_INTEGER available;
+  if (!::GetDiskFreeSpaceExW(native(path).c_str(), &available, nullptr, nullptr)) {
+    return std::numeric_limits<qint64>::max();
+  }
+  return static_cast<qint64>(available.QuadPart);
 }
 
 QString last_error_text() { return error_text(::GetLastError()); }

@@ -7,8 +7,9 @@
  *                            the next one fails with ENOSPC (what a nearly full disk does)
  *   WRITE_FAULT_MODE=enospc  a write across N fails with ENOSPC and writes nothing
  *
- * write, pwrite, writev and fallocate-free paths of stdio all end in these calls. The fault
- * applies to every process that inherits the variables, so a test can run a whole tool. */
+ * write, pwrite, writev and fallocate-free paths of stdio all end in these calls. While a fault
+ * is set, statvfs of a path below DIR reports the file system full, as a real one would. The
+ * fault applies to every process that inherits the variables, so a test can run a whole tool. */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
@@ -18,6 +19,7 @@
 #include <string.h>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <sys/statvfs.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -89,4 +91,24 @@ ssize_t writev(int fd, const struct iovec* iov, int iovcnt) {
     ++parts;
   }
   return real(fd, cut, parts);
+}
+
+typedef int (*statvfs_fn)(const char*, struct statvfs*);
+
+int statvfs(const char* path, struct statvfs* buf) {
+  static statvfs_fn real;
+  if (real == NULL) real = (statvfs_fn)dlsym(RTLD_NEXT, "statvfs");
+  const int result = real(path, buf);
+  const char* dir = getenv("WRITE_FAULT_DIR");
+  if (result == 0 && dir != NULL && getenv("WRITE_FAULT_OFFSET") != NULL &&
+      strncmp(path, dir, strlen(dir)) == 0) {
+    buf->f_bavail = 0;
+    buf->f_bfree = 0;
+  }
+  return result;
+}
+
+int statvfs64(const char* path, struct statvfs64* buf) {
+  /* The same layout on 64-bit systems, where this injector is used. */
+  return statvfs(path, (struct statvfs*)buf);
 }

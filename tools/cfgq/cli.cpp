@@ -1,10 +1,29 @@
 // Output, error lines, main keys and sections, shared by every command of the tool.
 #include "cli.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <climits>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 
+#include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonParseError>
+
+#ifndef _WIN32
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#else
+#include <QSaveFile>
+#endif
+
+#include "cfgq_tool.h"
 
 namespace cli {
 namespace {
@@ -20,21 +39,52 @@ const CFGQ_REGISTRY_KEY::ENUMERATED_SUB_KEY_NAME& section_row(int key) {
   return section_table::DEFAULT_SUB_KEYS[key];
 }
 
+namespace {
+
+// The first error a write to standard output met; 0 while every byte got out.
+int stdout_error = 0;
+
+void flush_stdout() {
+  if (std::fflush(stdout) != 0 && stdout_error == 0) stdout_error = errno != 0 ? errno : EIO;
+}
+
+}  // namespace
+
 void print(const QString& text) { print_bytes(text.toUtf8()); }
 
 void print_bytes(const QByteArray& bytes) {
-  std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout);
+  if (bytes.isEmpty()) return;
+  errno = 0;
+  if (std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout) !=
+          static_cast<size_t>(bytes.size()) &&
+      stdout_error == 0) {
+    stdout_error = errno != 0 ? errno : EIO;
+  }
 }
 
+int finish_output(const QString& what, int status) {
+  flush_stdout();
+  if (std::ferror(stdout) && stdout_error == 0) stdout_error = EIO;
+  if (std::fclose(stdout) != 0 && stdout_error == 0) stdout_error = errno != 0 ? errno : EIO;
+  if (stdout_error == 0) return status;
+  const QByteArray line = QStringLiteral("cfgq: %1: standard output: %2\n")
+                              .arg(what, system_reason(stdout_error))
+                              .toUtf8();
+  std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr);
+  return exit_failed;
+}
+
+QString system_reason(int error) { return QString::fromLocal8Bit(std::strerror(error)); }
+
 int fail(const QString& what, const QString& why, int status) {
-  std::fflush(stdout);
+  flush_stdout();
   const QByteArray line = QStringLiteral("cfgq: %1: %2\n").arg(what, why).toUtf8();
   std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr);
   return status;
 }
 
 void note(const QString& text) {
-  std::fflush(stdout);
+  flush_stdout();
   const QByteArray line = QStringLiteral("cfgq: %1\n").arg(text).toUtf8();
   std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr);
 }
@@ -46,10 +96,7 @@ void add_main_key_option(QCommandLineParser& parser) {
                     QStringLiteral("KEY")});
 }
 
-QString running_main_key() {
-  const CFGQ_REGISTRY_KEY view(CFGQ_REGISTRY_KEY::NO_SUB_KEY, nullptr, nullptr);
-  return view.group();
-}
+QString running_main_key() { return cfgq_tool_main_key(); }
 
 QString chosen_main_key(const invocation& call) {
   if (call.options.isSet(QStringLiteral("main-key"))) {
@@ -58,9 +105,175 @@ QString chosen_main_key(const invocation& call) {
   return running_main_key();
 }
 
-QString settings_file_path() {
-  const CFGQ_REGISTRY_KEY view(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr);
-  return view.fileName();
+QString settings_file_path() { return cfgq_tool_settings_file(); }
+
+// ---- Writes ----------------------------------------------------------------------------------
+
+int check_writes(const QString& what) {
+  cfgq_write_failure failure;
+  if (!cfgq_tool_take_write_failure(&failure)) return exit_ok;
+  QString why = QStringLiteral("%1: %2").arg(failure.path, failure.reason);
+  if (failure.lock_pid != 0) why += QStringLiteral(" (process %1 holds its lock)").arg(failure.lock_pid);
+  return fail(what, why, exit_failed);
+}
+
+#ifndef _WIN32
+namespace {
+
+// Closes a descriptor and removes a temporary file on every path out of a write.
+struct temporary_file {
+  int fd = -1;
+  QByteArray path;
+  ~temporary_file() {
+    if (fd >= 0) ::close(fd);
+    if (!path.isEmpty()) ::unlink(path.constData());
+  }
+};
+
+bool write_all(int fd, const char* data, qint64 size) {
+  while (size > 0) {
+    const ssize_t n = ::write(fd, data, static_cast<size_t>(std::min<qint64>(size, 1 << 20)));
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) {
+      if (n == 0) errno = ENOSPC;
+      return false;
+    }
+    data += n;
+    size -= n;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool write_file_atomically(const QString& path, const QByteArray& bytes, QString* why) {
+  QByteArray target = QFile::encodeName(path);
+  struct stat old {};
+  bool exists = false;
+  if (::lstat(target.constData(), &old) == 0) {
+    if (S_ISLNK(old.st_mode)) {
+      // The link stays; the file it names is replaced, and only a regular file is.
+      char resolved[PATH_MAX];
+      if (::realpath(target.constData(), resolved) == nullptr || ::stat(resolved, &old) != 0) {
+        *why = QStringLiteral("a link to no regular file");
+        return false;
+      }
+      target = resolved;
+    }
+    if (!S_ISREG(old.st_mode)) {
+      *why = QStringLiteral("not a regular file");
+      return false;
+    }
+    exists = true;
+  } else if (errno != ENOENT) {
+    *why = system_reason(errno);
+    return false;
+  }
+  const int slash = target.lastIndexOf('/');
+  const QByteArray directory = slash < 0 ? QByteArray(".") : slash == 0 ? QByteArray("/") : target.left(slash);
+  temporary_file temp;
+  temp.path = (slash < 0 ? QByteArray() : target.left(slash + 1)) + '.' + target.mid(slash + 1) + ".XXXXXX";
+  temp.fd = ::mkstemp(temp.path.data());
+  if (temp.fd < 0) {
+    const int error = errno;
+    temp.path.clear();
+    *why = system_reason(error);
+    return false;
+  }
+  const mode_t mode = exists ? (old.st_mode & 07777) : 0600;
+  bool ok = ::fchmod(temp.fd, mode) == 0;
+  if (ok && exists && (old.st_uid != ::geteuid() || old.st_gid != ::getegid())) {
+    // Root writing a user's file keeps it the user's; a user can't give a file away, so this
+    // may fail and the file becomes the writer's, as any new file would.
+    (void)!::fchown(temp.fd, old.st_uid, old.st_gid);
+  }
+  ok = ok && write_all(temp.fd, bytes.constData(), bytes.size()) && ::fsync(temp.fd) == 0;
+  if (ok) {
+    const int fd = temp.fd;
+    temp.fd = -1;
+    ok = ::close(fd) == 0;
+  }
+  ok = ok && ::rename(temp.path.constData(), target.constData()) == 0;
+  if (!ok) {
+    *why = system_reason(errno);
+    return false;
+  }
+  temp.path.clear();
+  // The rename itself reaches the disk with the directory.
+  const int dir_fd = ::open(directory.constData(), O_RDONLY | O_DIRECTORY);
+  if (dir_fd >= 0) {
+    ::fsync(dir_fd);
+    ::close(dir_fd);
+  }
+  return true;
+}
+
+#else
+
+bool write_file_atomically(const QString& path, const QByteArray& bytes, QString* why) {
+  QSaveFile file(path);
+  if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit()) return true;
+  *why = file.errorString();
+  return false;
+}
+
+#endif
+
+// ---- Isolated runs and set-aside copies ------------------------------------------------------
+
+namespace {
+
+struct set_aside_kind {
+  const char* suffix;
+  const char* what;  // what happened to the file
+};
+
+const set_aside_kind set_aside_kinds[] = {
+    {".format-error", "had format errors; a byte-exact copy was kept as %1"},
+    {".corrupt", "could not be loaded; it was set aside as %1 and the settings start empty"},
+    {".large", "had grown past 10,000,000 bytes; it was set aside as %1 and the settings start "
+               "empty"},
+};
+
+// Enough of a file's state to see that it was made or replaced: empty when absent.
+QByteArray file_state(const QString& path) {
+  const QFileInfo info(path);
+  if (!info.exists()) return QByteArray();
+  return QByteArray::number(info.size()) + ' ' +
+         QByteArray::number(info.lastModified().toMSecsSinceEpoch()) + ' ' +
+         QByteArray::number(info.metadataChangeTime().toMSecsSinceEpoch());
+}
+
+}  // namespace
+
+QString isolation_cause() {
+  QString why;
+  return cfgq_tool_isolated_run(&why) ? why : QString();
+}
+
+settings_run::settings_run() {
+  const QString cause = isolation_cause();
+  if (!cause.isEmpty()) {
+    note(QStringLiteral("warning: %1 makes this an isolated run: settings are read from and "
+                        "written to a temporary file that is removed when cfgq exits (unset %2 "
+                        "to reach the profile's settings)")
+             .arg(cause, cause.section(QLatin1Char('='), 0, 0)));
+  }
+  const QString file = settings_file_path();
+  for (const set_aside_kind& kind : set_aside_kinds) {
+    const QString copy = file + QLatin1String(kind.suffix);
+    m_copies.emplace_back(copy, file_state(copy));
+  }
+}
+
+settings_run::~settings_run() {
+  const QString file = settings_file_path();
+  for (size_t i = 0; i < m_copies.size(); ++i) {
+    const QByteArray now = file_state(m_copies[i].first);
+    if (now.isEmpty() || now == m_copies[i].second) continue;
+    note(QStringLiteral("note: the settings file %1 %2 ('cfgq recover' lists it)")
+             .arg(file, QString::fromLatin1(set_aside_kinds[i].what).arg(m_copies[i].first)));
+  }
 }
 
 std::optional<QString> resolve_section(const QString& argument, QString* why) {
@@ -95,6 +308,64 @@ QString similar_section(const QString& name) {
   return QString();
 }
 
+namespace {
+
+// Edits (a letter added, dropped or changed) that turn `a` into `b`, letter case aside; stops
+// counting past `most`.
+int edit_distance(const QString& a, const QString& b, int most) {
+  const QString x = a.toCaseFolded();
+  const QString y = b.toCaseFolded();
+  if (std::abs(x.size() - y.size()) > most) return most + 1;
+  std::vector<int> row(static_cast<size_t>(y.size()) + 1);
+  for (size_t j = 0; j < row.size(); ++j) row[j] = static_cast<int>(j);
+  for (qsizetype i = 1; i <= x.size(); ++i) {
+    int diagonal = row[0];
+    row[0] = static_cast<int>(i);
+    int smallest = row[0];
+    for (qsizetype j = 1; j <= y.size(); ++j) {
+      const int above = row[static_cast<size_t>(j)];
+      row[static_cast<size_t>(j)] =
+          std::min({above + 1, row[static_cast<size_t>(j - 1)] + 1,
+                    diagonal + (x.at(i - 1) == y.at(j - 1) ? 0 : 1)});
+      diagonal = above;
+      smallest = std::min(smallest, row[static_cast<size_t>(j)]);
+    }
+    if (smallest > most) return most + 1;
+  }
+  return row.back();
+}
+
+}  // namespace
+
+QString nearest_name(const QString& name, const QStringList& candidates) {
+  // Up to one edit in three letters, at most three: "Generall" finds General, "Tips" nothing.
+  const int most = static_cast<int>(std::clamp<qsizetype>(name.size() / 3, 1, 3));
+  QString best;
+  int best_distance = most + 1;
+  for (const QString& candidate : candidates) {
+    if (candidate == name) continue;
+    const int distance = edit_distance(name, candidate, most);
+    if (distance < best_distance) {
+      best = candidate;
+      best_distance = distance;
+    }
+  }
+  return best;
+}
+
+QString section_hint(const QString& section, const QString& main_key) {
+  QStringList candidates = open_view(main_key, QString())->childGroups();
+  for (int key = CFGQ_REGISTRY_KEY::GENERAL; key < CFGQ_REGISTRY_KEY::LAST_SUB_KEY; ++key) {
+    candidates.append(QString::fromUtf8(section_row(key).sub_key_name));
+  }
+  const QString first = section.section(QLatin1Char('/'), 0, 0);
+  const QString nearest = nearest_name(first, candidates);
+  if (nearest.isEmpty()) return QString();
+  QString meant = section;
+  meant.replace(0, first.size(), nearest);
+  return QStringLiteral(" (did you mean '%1'?)").arg(meant);
+}
+
 std::unique_ptr<CFGQ_REGISTRY_KEY> open_view(const QString& main_key, const QString& group) {
   auto view = std::make_unique<CFGQ_REGISTRY_KEY>(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr);
   view->beginGroup(main_key);
@@ -108,6 +379,44 @@ bool split_key(const QString& key, QString* subgroup, QString* name) {
   *name = levels.takeLast();
   *subgroup = levels.join(QLatin1Char('/'));
   return true;
+}
+
+int check_settings_file(const QString& what) {
+  const QString path = settings_file_path();
+  const QFileInfo info(path);
+  if (!info.exists()) return exit_ok;
+  if (info.isDir()) return fail(what, QStringLiteral("%1: a directory, not a settings file").arg(path), exit_failed);
+  if (!info.isFile()) return fail(what, QStringLiteral("%1: not a regular file").arg(path), exit_failed);
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly)) {
+    return fail(what, QStringLiteral("%1: %2").arg(path, file.errorString()), exit_failed);
+  }
+  const QByteArray head = file.read(64 * 1024);
+  const QByteArray start = head.trimmed().left(1);
+  if ((start == "{" || start == "[") && info.size() <= max_file_bytes) {
+    QJsonParseError error;
+    QJsonDocument::fromJson(head + file.readAll(), &error);
+    if (error.error == QJsonParseError::NoError) {
+      return fail(what,
+                  QStringLiteral("%1: holds JSON, not settings (an export? 'cfgq import FILE' "
+                                 "reads one back)")
+                      .arg(path),
+                  exit_failed);
+    }
+  }
+  // Text has no NUL bytes and few control characters; a settings file is text.
+  qsizetype control = 0;
+  for (const char c : head) {
+    if (static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\r' && c != '\t') ++control;
+  }
+  if (head.contains('\0') || control * 10 > head.size()) {
+    return fail(what,
+                QStringLiteral("%1: holds binary data, not settings (move it away to start "
+                               "afresh; 'cfgq recover' lists copies kept beside it)")
+                    .arg(path),
+                exit_failed);
+  }
+  return exit_ok;
 }
 
 QString unwritable_reason(const QString& file_path) {

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include <QByteArray>
@@ -26,13 +27,49 @@ constexpr qsizetype max_value_utf16_units = 10'000'000;
 // The library sets aside a settings file of more than this many bytes when it opens it.
 constexpr qint64 max_file_bytes = 10'000'000;
 
-// Writes UTF-8 text (or raw bytes) to standard output.
+// Writes UTF-8 text (or raw bytes) to standard output. A failed write is remembered for
+// finish_output.
 void print(const QString& text);
 void print_bytes(const QByteArray& bytes);
+// Flushes and closes standard output at exit: `status` when every byte got out, else exit_failed
+// with "cfgq: <what>: standard output: <reason>".
+int finish_output(const QString& what, int status);
 // Writes "cfgq: <what>: <why>" to standard error and returns `status`.
 int fail(const QString& what, const QString& why, int status);
 // Writes "cfgq: <text>" to standard error: a note beside a successful result.
 void note(const QString& text);
+// The system's reason for errno value `error`, as a person reads it.
+QString system_reason(int error);
+
+// ---- Writes ------------------------------------------------------------------------------
+
+// After the views that wrote have been destroyed (a view writes when it goes): exit_failed with
+// "cfgq: <what>: <path>: <reason>" when the library reports a write of the settings file that did
+// not happen completely; exit_ok when every write since the last check went through.
+int check_writes(const QString& what);
+
+// Replaces the file at `path` (a link is followed to the regular file it names) with `bytes`, so
+// that it holds either its old bytes or all of the new ones: a temporary file beside it, every
+// write checked, synced, then renamed over it. A new file is 0600 whatever the umask; an existing
+// one keeps its mode. False with *why (the system's reason) when the file was left as it was.
+bool write_file_atomically(const QString& path, const QByteArray& bytes, QString* why);
+
+// Brackets a command that reads or writes settings: warns on standard error when the run is
+// isolated (the values live in a temporary file), and at the end says when the library kept a
+// damaged settings file aside during the command.
+class settings_run {
+ public:
+  settings_run();
+  ~settings_run();
+  settings_run(const settings_run&) = delete;
+  settings_run& operator=(const settings_run&) = delete;
+
+ private:
+  std::vector<std::pair<QString, QByteArray>> m_copies;  // set-aside copy, its state at the start
+};
+
+// The text of an isolated run's cause, "QT_QPA_PLATFORM=minimal"; empty in a normal run.
+QString isolation_cause();
 
 // One parsed command line, handed to a command's body.
 struct invocation {
@@ -53,7 +90,7 @@ struct command {
 };
 
 // The commands of each group, in the order `cfgq --help` lists them.
-std::vector<command> store_commands();     // path show get set keys clear sections
+std::vector<command> store_commands();     // path show get set unset keys clear sections
 std::vector<command> backup_commands();    // export import
 std::vector<command> recover_commands();   // recover
 std::vector<command> version_commands();   // migrate reset
@@ -76,7 +113,7 @@ int complete(const std::vector<command>& commands, const QStringList& words, hel
 
 // Adds --main-key to a command that reads or writes values.
 void add_main_key_option(QCommandLineParser& parser);
-// The running version's main key: the group of a view built for NO_SUB_KEY.
+// The running version's main key ("25.1_pro").
 QString running_main_key();
 // The main key a command works on: --main-key when given, else the running version's.
 // Only for commands that took add_main_key_option.
@@ -92,9 +129,15 @@ const CFGQ_REGISTRY_KEY::ENUMERATED_SUB_KEY_NAME& section_row(int key);
 // section table standing for its group name (GENERAL, ECO/Details). Empty on an argument that
 // names no section; *why then says why.
 std::optional<QString> resolve_section(const QString& argument, QString* why);
-// The section table's group name that `name` matches when compared without regard to case,
-// for "did you mean" hints; empty when none does.
+// The section table's group name that `name` matches when compared without regard to case;
+// empty when none does.
 QString similar_section(const QString& name);
+// The candidate closest to `name` (letter case aside, a few letters added, dropped or changed),
+// for "did you mean" hints; empty when none is close.
+QString nearest_name(const QString& name, const QStringList& candidates);
+// " (did you mean 'General'?)" for a section that holds nothing in `main_key`: the main key's
+// groups and the section table are the candidates. Empty when none is close.
+QString section_hint(const QString& section, const QString& main_key);
 
 // A view at `group` (levels joined by "/", may be empty) below `main_key`.
 std::unique_ptr<CFGQ_REGISTRY_KEY> open_view(const QString& main_key, const QString& group);
@@ -102,6 +145,11 @@ std::unique_ptr<CFGQ_REGISTRY_KEY> open_view(const QString& main_key, const QStr
 // Splits a KEY argument at its "/" into the subgroup path and the value name, dropping empty
 // levels: "Dialogs//Find/Width" gives ("Dialogs/Find", "Width"). False when no name is left.
 bool split_key(const QString& key, QString* subgroup, QString* name);
+
+// Before a command reads settings: exit_ok when the settings file is absent or may be a settings
+// file; else a clear error (exit_failed) for a directory, a JSON document or binary data in its
+// place, which the library would otherwise read as an empty or nonsensical file.
+int check_settings_file(const QString& what);
 
 // Checks that the settings file (or, while it does not exist, its directory) can be written,
 // so that a write is not lost silently when the view flushes. Empty when it can; else why not.

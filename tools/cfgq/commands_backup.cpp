@@ -4,7 +4,6 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonParseError>
-#include <QSaveFile>
 
 #include "cli.h"
 #include "export_format.h"
@@ -28,21 +27,23 @@ int run_export(const invocation& call) {
     section = resolve_section(call.args.at(0), &why);
     if (!section) return fail(call.command, why, exit_usage);
   }
+  if (const int status = check_settings_file(call.command); status != exit_ok) return status;
   const QString main_key = chosen_main_key(call);
   auto view = open_view(main_key, section.value_or(QString()));
-  QJsonObject document{{QStringLiteral("cfgq_export"), export_format_version},
-                       {QStringLiteral("main_key"), main_key},
-                       {QStringLiteral("settings"), group_to_json(*view)}};
-  if (section) document.insert(QStringLiteral("section"), *section);
-  const QByteArray json = QJsonDocument(document).toJson(QJsonDocument::Indented);
+  // Laid out as QJsonDocument's indented form; the settings are written by a walk that any
+  // depth of groups leaves intact.
+  QByteArray json = "{\n    \"cfgq_export\": " + QByteArray::number(export_format_version) +
+                    ",\n    \"main_key\": " + json_text(main_key).toUtf8() + ",\n";
+  if (section) json += "    \"section\": " + json_text(*section).toUtf8() + ",\n";
+  json += "    \"settings\": " + group_json(*view, 1) + "\n}\n";
 
   const QString output = call.options.value(QStringLiteral("output"));
   if (output.isEmpty() || output == stdio_name) {
     print_bytes(json);
   } else {
-    QSaveFile file(output);
-    if (!file.open(QIODevice::WriteOnly) || file.write(json) != json.size() || !file.commit()) {
-      return fail(QStringLiteral("export %1").arg(output), file.errorString(), exit_failed);
+    QString why;
+    if (!write_file_atomically(output, json, &why)) {
+      return fail(call.command, QStringLiteral("%1: %2").arg(output, why), exit_failed);
     }
   }
   if (view->allKeys().isEmpty()) {
@@ -95,6 +96,14 @@ int run_import(const invocation& call) {
                 exit_usage);
   }
   const QJsonObject top = document.object();
+  const int format = top.value(QStringLiteral("cfgq_export")).toInt(-1);
+  if (document.isObject() && format > export_format_version) {
+    return fail(what,
+                QStringLiteral("made by a newer cfgq (export format %1; this cfgq reads format %2)")
+                    .arg(format)
+                    .arg(export_format_version),
+                exit_usage);
+  }
   if (!document.isObject() || top.value(QStringLiteral("cfgq_export")).toInt(-1) != export_format_version ||
       !top.value(QStringLiteral("settings")).isObject()) {
     return fail(what,
@@ -140,6 +149,8 @@ int run_import(const invocation& call) {
     view->set_value(entry.path, entry.value);
     ++written;
   }
+  view.reset();
+  if (const int status = check_writes(what); status != exit_ok) return status;
   const QString place = target.isEmpty() ? main_key : main_key + QLatin1Char('/') + target;
   print(QStringLiteral("Imported into %1: %2 written, %3 refused.\n")
             .arg(place, count_of(written, "value", "values"))

@@ -265,6 +265,8 @@ int merge_copy(const QString& argument, const QString& main_key) {
     size += bytes;
     restored.append(key);
   }
+  root.reset();
+  if (const int status = check_writes(what); status != exit_ok) return status;
 
   print(QStringLiteral("Merged %1 of %2 into %3:\n").arg(main_key, source_path, live));
   print(QStringLiteral("  restored: %1\n").arg(count_of(restored.size(), "value", "values")));

@@ -9,6 +9,7 @@
 #endif
 
 #include "cli.h"
+#include "ver.h"
 
 namespace cli {
 namespace {
@@ -40,28 +41,125 @@ bool stdin_is_terminal() {
 #endif
 }
 
+// The marker value the library writes; a main key with a smaller one, or none, was written before
+// its first migration and the migration empties it.
+constexpr int current_marker = 27;
+
+// What a migration of the running main key will do, found out without writing.
+struct migration_plan {
+  enum { nothing, remove, copy, fresh } kind = nothing;
+  QString source;          // the main key copied from
+  QString source_version;  // its version text, "24.3"
+  qsizetype values = 0;    // values removed, or values the source holds
+};
+
+migration_plan plan_migration(const QString& main_key) {
+  migration_plan plan;
+  const main_key_state state = state_of(main_key);
+  if (state.present) {
+    const bool current = state.marker.isValid() && state.marker.toInt() >= current_marker;
+    plan.kind = current ? migration_plan::nothing : migration_plan::remove;
+    plan.values = current ? 0 : state.values;
+    return plan;
+  }
+  // The installed versions in the order of preference: the first earlier one with any value.
+  const std::string running = ver_get_version();
+  plan.kind = migration_plan::fresh;
+  for (const std::string& version : ver_get_all_versions()) {
+    if (version == running) continue;
+    const QString source =
+        CFGQ_REGISTRY_KEY(CFGQ_REGISTRY_KEY::NO_SUB_KEY, version.c_str(), nullptr).group();
+    const qsizetype values = open_view(source, QString())->allKeys().size();
+    if (values == 0) continue;
+    plan = {migration_plan::copy, source, QString::fromStdString(version), values};
+    break;
+  }
+  return plan;
+}
+
+// Asks on the terminal whether to go on; true for "y" or "yes".
+bool confirmed(const QString& question) {
+  print(question + QStringLiteral(" [y/N] "));
+  std::fflush(stdout);
+  QTextStream in(stdin);
+  const QString answer = in.readLine().trimmed().toLower();
+  return answer == QLatin1String("y") || answer == QLatin1String("yes");
+}
+
+void add_migrate_options(QCommandLineParser& parser) {
+  parser.addOption({QStringLiteral("dry-run"),
+                    QStringLiteral("Say what the migration would do, and change nothing.")});
+  parser.addOption({{QStringLiteral("y"), QStringLiteral("yes")},
+                    QStringLiteral("Don't ask before removing values.")});
+}
+
 int run_migrate(const invocation& call) {
   const QString main_key = running_main_key();
+  const migration_plan plan = plan_migration(main_key);
+  const QString them = plan.values == 1 ? QStringLiteral("it") : QStringLiteral("them");
+  const QString removal =
+      QStringLiteral("%1 holds %2 written before its first migration (no current format marker)")
+          .arg(main_key, count_of(plan.values, "value", "values"));
+  if (call.options.isSet(QStringLiteral("dry-run"))) {
+    switch (plan.kind) {
+      case migration_plan::nothing:
+        print(QStringLiteral("%1 is migrated already; migrate would change nothing.\n").arg(main_key));
+        break;
+      case migration_plan::remove:
+        print(QStringLiteral("%1; migrate would remove %2, so that the tools start from their "
+                             "defaults.\n").arg(removal, them));
+        break;
+      case migration_plan::copy:
+        print(QStringLiteral("migrate would carry %1 (version %2) forward into %3: %4, less the "
+                             "few that each version keeps for itself.\n")
+                  .arg(plan.source, plan.source_version, main_key,
+                       count_of(plan.values, "value", "values")));
+        break;
+      case migration_plan::fresh:
+        print(QStringLiteral("No earlier version's settings were found; migrate would only mark %1 "
+                             "as migrated.\n").arg(main_key));
+        break;
+    }
+    return exit_ok;
+  }
+
   const QString file = settings_file_path();
   const QString cannot = unwritable_reason(file);
   if (!cannot.isEmpty()) return fail(call.command, QStringLiteral("%1: %2").arg(file, cannot), exit_failed);
+  if (plan.kind == migration_plan::remove && plan.values > 0 && !call.options.isSet(QStringLiteral("yes"))) {
+    if (!stdin_is_terminal()) {
+      return fail(call.command,
+                  QStringLiteral("%1 and would be removed; standard input is not a terminal: add "
+                                 "--yes to confirm (--dry-run changes nothing)")
+                      .arg(removal),
+                  exit_usage);
+    }
+    if (!confirmed(QStringLiteral("%1. Remove %2, so that the tools start from their defaults?").arg(removal, them))) {
+      print(QStringLiteral("Nothing changed.\n"));
+      return exit_ok;
+    }
+  }
 
-  const main_key_state before = state_of(main_key);
   CFGQ_REGISTRY::migrate_registry_settings();
+  if (const int status = check_writes(call.command); status != exit_ok) return status;
   const main_key_state after = state_of(main_key);
-
-  if (!before.present && after.values > 0) {
-    print(QStringLiteral("Carried %1 forward into %2 from an earlier version's settings.\n")
-              .arg(count_of(after.values, "value", "values"), main_key));
-  } else if (!before.present) {
-    print(QStringLiteral("No earlier version's settings were found; %1 starts from the defaults.\n")
-              .arg(main_key));
-  } else if (before.values != after.values) {
-    print(QStringLiteral("%1 held %2 written before its first migration (no current format "
-                         "marker); they were removed, so the tools start from their defaults.\n")
-              .arg(main_key, count_of(before.values, "value", "values")));
-  } else {
-    print(QStringLiteral("%1 is migrated already; nothing changed.\n").arg(main_key));
+  switch (plan.kind) {
+    case migration_plan::nothing:
+      print(QStringLiteral("%1 is migrated already; nothing changed.\n").arg(main_key));
+      break;
+    case migration_plan::remove:
+      print(QStringLiteral("Removed the %1 that %2 held from before its first migration; the tools "
+                           "start from their defaults.\n")
+                .arg(count_of(plan.values, "value", "values"), main_key));
+      break;
+    case migration_plan::copy:
+      print(QStringLiteral("Carried %1 forward into %2 from %3 (version %4).\n")
+                .arg(count_of(after.values, "value", "values"), main_key, plan.source, plan.source_version));
+      break;
+    case migration_plan::fresh:
+      print(QStringLiteral("No earlier version's settings were found; %1 starts from the defaults.\n")
+                .arg(main_key));
+      break;
   }
   return exit_ok;
 }
@@ -81,13 +179,9 @@ int run_reset(const invocation& call) {
                   QStringLiteral("standard input is not a terminal; add --yes to confirm"),
                   exit_usage);
     }
-    print(QStringLiteral("Remove all %1 of %2 from %3? The tools then start from their "
-                         "defaults. [y/N] ")
-              .arg(count_of(before.values, "value", "values"), main_key, file));
-    std::fflush(stdout);
-    QTextStream in(stdin);
-    const QString answer = in.readLine().trimmed().toLower();
-    if (answer != QLatin1String("y") && answer != QLatin1String("yes")) {
+    if (!confirmed(QStringLiteral("Remove all %1 of %2 from %3? The tools then start from their "
+                                  "defaults.")
+                       .arg(count_of(before.values, "value", "values"), main_key, file))) {
       print(QStringLiteral("Nothing changed.\n"));
       return exit_ok;
     }
@@ -95,6 +189,7 @@ int run_reset(const invocation& call) {
   const QString cannot = unwritable_reason(file);
   if (!cannot.isEmpty()) return fail(call.command, QStringLiteral("%1: %2").arg(file, cannot), exit_failed);
   CFGQ_REGISTRY::delete_current_settings();
+  if (const int status = check_writes(call.command); status != exit_ok) return status;
   print(QStringLiteral("Removed %1 from %2; the tools start from their defaults.\n")
             .arg(count_of(before.values, "value", "values"), main_key));
   return exit_ok;
@@ -104,11 +199,14 @@ int run_reset(const invocation& call) {
 
 std::vector<command> version_commands() {
   return {
-      {"migrate", "", 0, 0, "carry settings forward from an earlier version",
+      {"migrate", "[--dry-run] [--yes]", 0, 0, "carry settings forward from an earlier version",
        "Fills the running version's main key once from the first earlier installed version\n"
        "that has settings (a main key written before its first migration is emptied instead),\n"
-       "and says what happened. Running it again changes nothing.",
-       nullptr, run_migrate},
+       "and says what happened and from which version. Running it again changes nothing.\n"
+       "--dry-run says what it would copy, from where, or what it would remove, and changes\n"
+       "nothing. Before removing values it asks on the terminal; without a terminal it needs\n"
+       "--yes.",
+       add_migrate_options, run_migrate},
       {"reset", "[--yes]", 0, 0, "remove the running version's settings",
        "Removes every setting of the running version, so that the tools start from their\n"
        "defaults; a later migrate does not bring the old settings back. Asks for confirmation\n"

@@ -1,13 +1,20 @@
 // The JSON notation of settings values and groups (see export_format.h).
 #include "export_format.h"
 
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include <QBuffer>
 #include <QDataStream>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QDateTime>
+#include <QPoint>
+#include <QRect>
+#include <QSize>
 #include <QRegularExpression>
+#include <QSet>
 #include <QStringList>
 
 namespace cli {
@@ -205,22 +212,94 @@ bool value_from_json(const QJsonValue& json, QVariant* value, QString* why) {
   return false;
 }
 
-QJsonObject group_to_json(CFGQ_REGISTRY_KEY& view) {
-  QJsonObject object;
+namespace {
+
+constexpr int deepest_indent = 32;
+
+QByteArray indentation(int level) { return QByteArray(4 * std::min(level, deepest_indent), ' '); }
+
+// One member of a group's object: a value (a key of the group, or the group's own "@value") or
+// a subgroup.
+struct json_member {
+  QString name;    // as written, "@" escaped
+  QString source;  // the key or group name in the view
+  bool group = false;
+  // A value: it is "@value", the parent's key of this group's name. A group: the parent has a
+  // key of its name, which it holds as "@value".
+  bool own_value = false;
+};
+
+// A value's notation laid out as QJsonDocument's indented form, its inner lines at `level`.
+QByteArray indented_value(const QJsonValue& json, int level) {
+  // Qt lays out [value] with the value one level in; its lines are moved to `level`.
+  const QByteArray wrapped = QJsonDocument(QJsonArray{json}).toJson(QJsonDocument::Indented);
+  const QList<QByteArray> lines = wrapped.mid(2, wrapped.size() - 5).split('\n');
+  QByteArray text;
+  for (qsizetype i = 0; i < lines.size(); ++i) {
+    if (i > 0) text += '\n' + indentation(level);
+    text += lines[i].mid(4);
+  }
+  return text;
+}
+
+// The members of the view's current group, in QJsonObject's order (by name).
+std::vector<json_member> members_of(CFGQ_REGISTRY_KEY& view, bool has_own_value,
+                                    const QString& hidden_key) {
+  std::vector<json_member> members;
+  if (has_own_value) members.push_back({own_value_tag, QString(), false, true});
+  const QStringList groups = view.childGroups();
   const QStringList keys = view.childKeys();
+  const QSet<QString> group_names(groups.begin(), groups.end());
+  const QSet<QString> key_names(keys.begin(), keys.end());
   for (const QString& key : keys) {
-    object.insert(escaped_member_name(key), value_to_json(view.value(key)));
-  }
-  for (const QString& group : view.childGroups()) {
-    view.beginGroup(group);
-    QJsonObject inner = group_to_json(view);
-    view.endGroup();
-    const QString member = escaped_member_name(group);
     // A key and a group may share a name in INI; the key's value moves into the group.
-    if (keys.contains(group)) inner.insert(own_value_tag, object.take(member));
-    object.insert(member, inner);
+    if (key == hidden_key || group_names.contains(key)) continue;
+    members.push_back({escaped_member_name(key), key, false, false});
   }
-  return object;
+  for (const QString& group : groups) {
+    // A key with an empty level (hand-edited) names a group no path can enter.
+    if (group.isEmpty()) continue;
+    members.push_back({escaped_member_name(group), group, true, key_names.contains(group)});
+  }
+  std::sort(members.begin(), members.end(),
+            [](const json_member& a, const json_member& b) { return a.name < b.name; });
+  return members;
+}
+
+}  // namespace
+
+QByteArray group_json(CFGQ_REGISTRY_KEY& view, int indent, const QString& hidden_key) {
+  struct level {
+    std::vector<json_member> members;
+    size_t next = 0;
+    QVariant own_value;
+  };
+  std::vector<level> stack;
+  stack.push_back({members_of(view, false, hidden_key), 0, QVariant()});
+  QByteArray text = "{";
+  while (!stack.empty()) {
+    level& top = stack.back();
+    const int depth = indent + static_cast<int>(stack.size()) - 1;
+    if (top.next == top.members.size()) {
+      text += '\n' + indentation(depth) + '}';
+      stack.pop_back();
+      if (!stack.empty()) view.endGroup();
+      continue;
+    }
+    const json_member member = top.members[top.next];
+    text += (top.next == 0 ? "\n" : ",\n") + indentation(depth + 1) + json_text(member.name).toUtf8() + ": ";
+    ++top.next;
+    if (!member.group) {
+      const QVariant value = member.own_value ? top.own_value : view.value(member.source);
+      text += indented_value(value_to_json(value), depth + 1);
+      continue;
+    }
+    const QVariant own_value = member.own_value ? view.value(member.source) : QVariant();
+    view.beginGroup(member.source);
+    text += '{';
+    stack.push_back({members_of(view, member.own_value, QString()), 0, own_value});
+  }
+  return text;
 }
 
 bool group_from_json(const QJsonObject& group, QList<settings_entry>* entries, QString* why) {
@@ -234,14 +313,47 @@ QString json_text(const QJsonValue& json) {
 }
 
 QString value_for_display(const QVariant& value) {
-  if (value.metaType().id() == QMetaType::QString) {
-    const QString text = value.toString();
-    bool plain = !text.isEmpty() && !text.front().isSpace() && !text.back().isSpace() &&
-                 !text.startsWith(QLatin1Char('"'));
-    for (const QChar c : text) plain = plain && c.isPrint();
-    if (plain) return text;
-    // Quoted the JSON way, so that blanks and line breaks can be seen.
-    return json_text(text);
+  switch (value.metaType().id()) {
+    case QMetaType::QString: {
+      const QString text = value.toString();
+      // Text that could pass for a list, a byte array, a typed value or an empty list is quoted.
+      bool plain = !text.isEmpty() && !text.front().isSpace() && !text.back().isSpace() &&
+                   !QStringLiteral("\"[{@").contains(text.front()) && text != QLatin1String("null");
+      for (const QChar c : text) plain = plain && c.isPrint();
+      if (plain) return text;
+      // Quoted the JSON way, so that blanks and line breaks can be seen.
+      return json_text(text);
+    }
+    case QMetaType::UnknownType:
+    case QMetaType::QStringList:
+    case QMetaType::QByteArray:
+      return json_text(value_to_json(value));
+    case QMetaType::QSize: {
+      const QSize size = value.toSize();
+      return QStringLiteral("@Size(%1 %2)").arg(size.width()).arg(size.height());
+    }
+    case QMetaType::QPoint: {
+      const QPoint point = value.toPoint();
+      return QStringLiteral("@Point(%1 %2)").arg(point.x()).arg(point.y());
+    }
+    case QMetaType::QRect: {
+      const QRect rect = value.toRect();
+      return QStringLiteral("@Rect(%1 %2 %3 %4)").arg(rect.x()).arg(rect.y()).arg(rect.width()).arg(rect.height());
+    }
+    case QMetaType::QDateTime:
+      return QStringLiteral("@DateTime(%1)").arg(value.toDateTime().toString(Qt::ISODateWithMs));
+    case QMetaType::QDate:
+      return QStringLiteral("@Date(%1)").arg(value.toDate().toString(Qt::ISODate));
+    case QMetaType::QTime:
+      return QStringLiteral("@Time(%1)").arg(value.toTime().toString(Qt::ISODateWithMs));
+    default:
+      break;
+  }
+  // Numbers and other values the file keeps in binary form: their type and text when Qt gives
+  // one, else the export notation.
+  const QString text = value.canConvert<QString>() ? value.toString() : QString();
+  if (!text.isEmpty()) {
+    return QStringLiteral("@%1(%2)").arg(QString::fromLatin1(value.metaType().name()), text);
   }
   return json_text(value_to_json(value));
 }

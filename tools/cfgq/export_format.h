@@ -37,9 +37,12 @@ QJsonValue value_to_json(const QVariant& value);
 // not allow (an array item that is not text, bad base64, an unknown "@" tag, ...).
 bool value_from_json(const QJsonValue& json, QVariant* value, QString* why);
 
-// Every value at or below the view's current group as a JSON object (the view ends where it
-// started).
-QJsonObject group_to_json(CFGQ_REGISTRY_KEY& view);
+// Every value at or below the view's current group as the text of a JSON object, laid out as
+// QJsonDocument's indented form with the object's closing brace at `indent` levels (the view ends
+// where it started). The walk keeps its place on the heap, so any depth works; members deeper
+// than 32 levels are indented as the 32nd. `hidden_key`, when not empty, leaves out that key of
+// the group itself.
+QByteArray group_json(CFGQ_REGISTRY_KEY& view, int indent, const QString& hidden_key = QString());
 // The values of a group object, flattened to key paths below it, in order. False, with *why
 // naming the offending path, when a member is not a valid notation.
 bool group_from_json(const QJsonObject& group, QList<settings_entry>* entries, QString* why);
@@ -47,8 +50,10 @@ bool group_from_json(const QJsonObject& group, QList<settings_entry>* entries, Q
 // The compact JSON text of one value's notation: ["a","b"], {"@bytes":"AAH/"}, 640.
 QString json_text(const QJsonValue& json);
 
-// A short one-line rendering for `show`: plain text as it stands unless it needs quoting
-// (blanks at either end, control characters, empty), everything else in the JSON notation.
+// A short one-line rendering for `show`: plain text as it stands unless it needs quoting (blanks
+// at either end, control characters, empty, or text that reads like a list, a notation or a
+// typed value); sizes, points, rectangles, dates and numbers kept in binary form as the file
+// writes the first ones, "@Size(640 480)"; lists and byte arrays in the JSON notation.
 QString value_for_display(const QVariant& value);
 
 }  // namespace cli

@@ -1,12 +1,17 @@
 // cfgq: look at and repair a user's Korvel settings file from the command line.
 // This file parses the command word and its options and hands over to the command's body.
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
+#include <optional>
 #include <vector>
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QStringDecoder>
 
 #include "cli.h"
+#include "ver.h"
 
 namespace {
 
@@ -78,13 +83,47 @@ QString command_help(const command& c) {
 }
 
 QString version_text() {
-  const QString main_key = cli::running_main_key();
-  // The main key is the version text, "_64-Bit" when 64-bit settings are kept apart, and "_pro".
-  QString version = main_key;
-  if (version.endsWith(QLatin1String("_pro"))) version.chop(4);
-  if (version.endsWith(QLatin1String("_64-Bit"))) version.chop(7);
-  return QStringLiteral("cfgq %1\nsuite version: %2\nmain key: %3\nsettings file: %4\n")
-      .arg(QCoreApplication::applicationVersion(), version, main_key, cli::settings_file_path());
+  const QString cause = cli::isolation_cause();
+  const QString temporary =
+      cause.isEmpty() ? QString() : QStringLiteral(" (temporary: %1 isolates this run)").arg(cause);
+  return QStringLiteral("cfgq %1\nsuite version: %2\nmain key: %3\nsettings file: %4%5\n")
+      .arg(QCoreApplication::applicationVersion(), QString::fromStdString(ver_get_version()),
+           cli::running_main_key(), cli::settings_file_path(), temporary);
+}
+
+// " (did you mean 'unset'?)" for a mistyped command word; empty when nothing is close.
+QString command_hint(const std::vector<command>& commands, const QString& word) {
+  if (word == QLatin1String("remove") || word == QLatin1String("delete") ||
+      word == QLatin1String("rm") || word == QLatin1String("del")) {
+    return QStringLiteral(" (did you mean unset?)");
+  }
+  QStringList names;
+  for (const command& c : commands) names.append(QLatin1String(c.name));
+  const QString nearest = cli::nearest_name(word, names);
+  return nearest.isEmpty() ? QString() : QStringLiteral(" (did you mean %1?)").arg(nearest);
+}
+
+// After "Unknown option": the first word with one dash that the command doesn't take as an
+// option, which may be a value meant as an argument ("-5", "-x"); empty otherwise. A word with
+// two dashes is taken for a mistyped option.
+QString value_like_option(const QCommandLineParser& parser, const QStringList& words) {
+  for (const QString& word : words) {
+    if (word == QLatin1String("--")) break;
+    if (!word.startsWith(QLatin1Char('-')) || word.startsWith(QLatin1String("--")) || word.size() < 2) continue;
+    if (parser.unknownOptionNames().contains(word.mid(1).section(QLatin1Char('='), 0, 0))) return word;
+  }
+  return QString();
+}
+
+// The first command-line argument that is not valid UTF-8 (Qt would turn its bytes into U+FFFD):
+// its position, or 0 when every argument is.
+int first_undecodable_argument(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString decoded = decoder.decode(QByteArrayView(argv[i], static_cast<qsizetype>(std::strlen(argv[i]))));
+    if (decoder.hasError()) return i;
+  }
+  return 0;
 }
 
 int run_command(const command& c, const QStringList& words) {
@@ -94,8 +133,17 @@ int run_command(const command& c, const QStringList& words) {
   QStringList line = words;
   line.prepend(QStringLiteral("cfgq"));
   if (!parser.parse(line)) {
-    return cli::fail(name, parser.errorText() + QStringLiteral(" (see 'cfgq help %1')").arg(name),
-                     cli::exit_usage);
+    const QString value = value_like_option(parser, words);
+    QString hint = QStringLiteral("see 'cfgq help %1'").arg(name);
+    if (!value.isEmpty()) {
+      hint = QStringLiteral("if '%1' is a value, put -- before the arguments").arg(value);
+      // The corrected line, when the value is the only word that looks like an option.
+      const auto option_like = [](const QString& word) { return word.startsWith(QLatin1Char('-')); };
+      if (std::count_if(words.begin(), words.end(), option_like) == 1) {
+        hint += QStringLiteral(": cfgq %1 -- %2").arg(name, words.join(QLatin1Char(' ')));
+      }
+    }
+    return cli::fail(name, QStringLiteral("%1 (%2)").arg(parser.errorText(), hint), cli::exit_usage);
   }
   if (parser.isSet(QStringLiteral("help"))) {
     cli::print(command_help(c));
@@ -120,13 +168,16 @@ int run_command(const command& c, const QStringList& words) {
     return cli::fail(name, QStringLiteral("unexpected argument '%1' (%2)").arg(args.at(c.max_args), usage),
                      cli::exit_usage);
   }
-  return c.run(cli::invocation{name, parser, args});
+  // Every command but these reads or writes settings.
+  std::optional<cli::settings_run> settings;
+  if (name != QLatin1String("path") && name != QLatin1String("setenv")) settings.emplace();
+  const int status = c.run(cli::invocation{name, parser, args});
+  // A write the command did not check itself (a view written when it went) still counts.
+  const int unchecked = cli::check_writes(name);
+  return status == cli::exit_ok ? unchecked : status;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  QCoreApplication app(argc, argv);
+int run_tool(QString* what) {
   QCoreApplication::setApplicationName(QStringLiteral("cfgq"));
   QCoreApplication::setApplicationVersion(QStringLiteral(CFGQ_TOOL_VERSION));
   const std::vector<command> commands = all_commands();
@@ -160,6 +211,7 @@ int main(int argc, char** argv) {
                      cli::exit_usage);
   }
   const QString word = words.takeFirst();
+  *what = word;
   if (word == QLatin1String("help")) {
     if (words.isEmpty()) {
       cli::print(tool_help(commands));
@@ -173,7 +225,9 @@ int main(int argc, char** argv) {
     }
     const command* c = find_command(commands, words.first());
     if (c == nullptr) {
-      return cli::fail(words.first(), QStringLiteral("unknown command (see 'cfgq --help')"),
+      return cli::fail(words.first(),
+                       QStringLiteral("unknown command%1 (see 'cfgq --help')")
+                           .arg(command_hint(commands, words.first())),
                        cli::exit_usage);
     }
     cli::print(command_help(*c));
@@ -181,7 +235,26 @@ int main(int argc, char** argv) {
   }
   const command* c = find_command(commands, word);
   if (c == nullptr) {
-    return cli::fail(word, QStringLiteral("unknown command (see 'cfgq --help')"), cli::exit_usage);
+    return cli::fail(word,
+                     QStringLiteral("unknown command%1 (see 'cfgq --help')").arg(command_hint(commands, word)),
+                     cli::exit_usage);
   }
   return run_command(*c, words);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QCoreApplication app(argc, argv);
+  QString what = QStringLiteral("cfgq");
+  int status = cli::exit_usage;
+  if (const int bad = first_undecodable_argument(argc, argv)) {
+    status = cli::fail(QStringLiteral("argument %1").arg(bad),
+                       QStringLiteral("not valid UTF-8 (settings hold Unicode text; convert it "
+                                      "first, e.g. with iconv)"),
+                       cli::exit_usage);
+  } else {
+    status = run_tool(&what);
+  }
+  return cli::finish_output(what, status);
 }
