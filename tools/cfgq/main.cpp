@@ -170,7 +170,8 @@ int run_command(const command& c, const QStringList& words) {
   }
   // Every command but these reads or writes settings.
   std::optional<cli::settings_run> settings;
-  if (name != QLatin1String("path") && name != QLatin1String("setenv")) settings.emplace();
+  static const QStringList no_settings = {"path", "setenv", "getenv", "unsetenv", "env"};
+  if (!no_settings.contains(name)) settings.emplace();
   const int status = c.run(cli::invocation{name, parser, args});
   // A write the command did not check itself (a view written when it went) still counts.
   const int unchecked = cli::check_writes(name);
