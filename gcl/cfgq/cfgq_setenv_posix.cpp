@@ -124,7 +124,7 @@ int write_all(int fd, const QByteArray& bytes) {
 // Where a write of `location` goes: the path itself, or the regular file a link points to.
 // Empty, with *why, when it must not be written.
 QByteArray write_target(const QString& location, QString* why) {
-  const QByteArray path = native(location);
+  const QByteArray path = native(QFileInfo(location).absoluteFilePath());
   struct stat st;
   if (lstat(path.constData(), &st) != 0) return path;  // no file yet
   if (S_ISLNK(st.st_mode)) {
@@ -153,7 +153,7 @@ int make_directories(const QByteArray& directory) {
   if (slash > 0) {
     if (const int error = make_directories(directory.left(slash))) return error;
   }
-  if (mkdir(directory.constData(), 0700) != 0 && errno != EEXIST) return errno;
+  if (mkdir(directory.constData(), 0700) != 0) return errno == EEXIST ? 0 : errno;
   // The umask may have taken bits away that the owner needs.
   return chmod(directory.constData(), 0700) == 0 ? 0 : errno;
 }
