@@ -167,7 +167,10 @@ class CFGQ_EXPORT CFGQ_REGISTRY_KEY {
   // As above; `group` is taken up to its first zero character.
   CFGQ_REGISTRY_KEY(const CFGQ_REGISTRY_KEY& parent, const std::string& group);
 
-  // Deletes the settings object, which writes the view's pending changes to the file.
+  // Deletes the settings object, which writes the view's pending changes to the file, under the
+  // file's lock, waiting for another process's lock for a bounded time. A write that fails (a
+  // lock held too long, a full disk, a file that can't be written) leaves the file as it was
+  // and is reported on the debug channel CFGQ.
   ~CFGQ_REGISTRY_KEY();
 
   CFGQ_REGISTRY_KEY(const CFGQ_REGISTRY_KEY&) = delete;
@@ -181,7 +184,7 @@ class CFGQ_EXPORT CFGQ_REGISTRY_KEY {
   void endGroup();
   // The current group path, levels joined by "/", empty at the root (QSettings::group).
   QString group() const;
-  // The path of the settings file in use (QSettings::fileName).
+  // The path of the settings file in use, as it was located (a link keeps its own name).
   QString fileName() const;
 
   // ---- Values ----------------------------------------------------------------------------

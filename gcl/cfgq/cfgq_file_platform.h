@@ -2,6 +2,8 @@
 // per platform (cfgq_file_platform_posix.cpp, cfgq_file_platform_win.cpp; the build picks one).
 #pragma once
 
+#include <memory>
+
 #include <QString>
 
 namespace cfgq_platform {
@@ -76,9 +78,29 @@ bool make_link(const QString& target, const QString& link);
 // is replaced by an empty such file, never followed; a directory stays. A missing file is made.
 void own_private_file(const QString& path);
 
-// Removes the lock file at `path` when it is empty, older than `min_age_ms` and nobody holds a
-// lock on it: its writer was killed between making it and writing its process id into it.
-void remove_dead_empty_lock(const QString& path, qint64 min_age_ms);
+// A settings file's lock among processes, "<file>.lock", in the form every writer of the file
+// reads: the holder's process id, program, host (then machine and boot ids), a line each. It is
+// made exclusively and held locked by the system while it stands, so that only a lock whose
+// holder is provably gone is ever removed: one naming a process of this machine that no longer
+// runs, or an empty one older than a second (its writer was killed while making it).
+class lock_file {
+ public:
+  explicit lock_file(const QString& path);
+  ~lock_file();  // gives the lock back
+  lock_file(const lock_file&) = delete;
+  lock_file& operator=(const lock_file&) = delete;
+
+  enum class attempt { taken, held, failed };
+  // One try, without waiting: the lock is taken, or held by another, or can't be made (*why).
+  attempt try_take(QString* why);
+  // Who holds the lock, as its file says; false when that can't be read.
+  bool holder(qint64* pid, QString* program) const;
+
+ private:
+  struct state;
+  QString m_path;
+  std::unique_ptr<state> m_state;
+};
 
 // This process's user.
 qint64 this_user();

@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSysInfo>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -196,19 +197,136 @@ void own_private_file(const QString& path) {
   if ((st.st_mode & 07777) != owner_only) ::fchmod(fd.get(), owner_only);
 }
 
-void remove_dead_empty_lock(const QString& path, qint64 min_age_ms) {
-  const QByteArray native = QFile::encodeName(path);
-  const owned_fd fd(::open(native.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  if (fd.get() < 0) return;
+namespace {
+
+constexpr qint64 dead_empty_lock_age_ms = 1'000;
+
+// The program's name as the lock's readers compare it: the name of /proc/<pid>/exe.
+QByteArray program_name() {
+  std::vector<char> buffer(4096);
+  const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size() - 1);
+  if (length <= 0) return QByteArray();
+  const QByteArray path(buffer.data(), static_cast<int>(length));
+  return path.mid(path.lastIndexOf('/') + 1);
+}
+
+struct lock_info {
+  qint64 pid = 0;
+  QByteArray program;
+  QByteArray host;
+  QByteArray boot;
+};
+
+bool parse_lock(const QByteArray& bytes, lock_info* info) {
+  const QList<QByteArray> lines = bytes.split('\n');
+  if (lines.size() < 3) return false;
+  bool number = false;
+  info->pid = lines[0].toLongLong(&number);
+  if (!number || info->pid <= 0) return false;
+  info->program = lines[1];
+  info->host = lines[2];
+  if (lines.size() > 4) info->boot = lines[4];
+  return true;
+}
+
+QByteArray read_small(int fd) {
+  char buffer[4096];
+  const ssize_t got = ::pread(fd, buffer, sizeof buffer, 0);
+  return got > 0 ? QByteArray(buffer, static_cast<int>(got)) : QByteArray();
+}
+
+// Removes the lock at `path` when its holder is provably gone; true when it is gone (so that
+// the caller may try again).
+bool remove_if_dead(const QByteArray& path) {
+  const owned_fd fd(::open(path.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (fd.get() < 0) return errno == ENOENT;
   struct stat st {};
-  if (::fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode) || st.st_size != 0) return;
-  struct timespec now {};
-  ::clock_gettime(CLOCK_REALTIME, &now);
-  const qint64 age_ms = (qint64{now.tv_sec} - st.st_mtim.tv_sec) * 1'000 +
-                        (now.tv_nsec - st.st_mtim.tv_nsec) / 1'000'000;
-  if (age_ms < min_age_ms) return;
-  if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) return;
-  ::unlink(native.constData());
+  if (::fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode)) return false;
+  bool dead = false;
+  if (st.st_size == 0) {
+    struct timespec now {};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    const qint64 age_ms = (qint64{now.tv_sec} - st.st_mtim.tv_sec) * 1'000 +
+                          (now.tv_nsec - st.st_mtim.tv_nsec) / 1'000'000;
+    dead = age_ms >= dead_empty_lock_age_ms;
+  } else {
+    lock_info info;
+    dead = parse_lock(read_small(fd.get()), &info) &&
+           info.host == QSysInfo::machineHostName().toUtf8() &&
+           (info.boot.isEmpty() || info.boot == QSysInfo::bootUniqueId()) &&
+           process_is_gone(info.pid);
+    // After a restart no process of the lock's boot runs any more.
+    if (!dead && !info.boot.isEmpty() && info.host == QSysInfo::machineHostName().toUtf8() &&
+        info.boot != QSysInfo::bootUniqueId()) {
+      dead = true;
+    }
+  }
+  // A live writer keeps its lock file locked from the moment it makes it.
+  if (!dead || ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) return false;
+  struct stat now {};
+  if (::lstat(path.constData(), &now) != 0) return errno == ENOENT;
+  if (now.st_ino != st.st_ino || now.st_dev != st.st_dev) return true;
+  return ::unlink(path.constData()) == 0 || errno == ENOENT;
+}
+
+}  // namespace
+
+struct lock_file::state {
+  int fd = -1;
+};
+
+lock_file::lock_file(const QString& path) : m_path(path), m_state(std::make_unique<state>()) {}
+
+lock_file::~lock_file() {
+  if (m_state->fd < 0) return;
+  // Removed while still locked, so that no other process can take it for a dead writer's.
+  ::unlink(QFile::encodeName(m_path).constData());
+  ::close(m_state->fd);
+}
+
+lock_file::attempt lock_file::try_take(QString* why) {
+  if (m_state->fd >= 0) return attempt::taken;
+  const QByteArray native = QFile::encodeName(m_path);
+  for (int round = 0; round < 2; ++round) {
+    const int fd =
+        ::open(native.constData(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, owner_only);
+    if (fd >= 0) {
+      ::flock(fd, LOCK_EX | LOCK_NB);
+      const QByteArray text = QByteArray::number(this_process()) + '\n' + program_name() + '\n' +
+                              QSysInfo::machineHostName().toUtf8() + '\n' +
+                              QSysInfo::machineUniqueId() + '\n' + QSysInfo::bootUniqueId() + '\n';
+      qsizetype done = 0;
+      while (done < text.size()) {
+        const ssize_t wrote = ::write(fd, text.constData() + done, text.size() - done);
+        if (wrote <= 0) break;
+        done += wrote;
+      }
+      if (done != text.size()) {
+        set_why(why, errno == 0 ? ENOSPC : errno);
+        ::unlink(native.constData());
+        ::close(fd);
+        return attempt::failed;
+      }
+      m_state->fd = fd;
+      return attempt::taken;
+    }
+    if (errno != EEXIST) {
+      set_why(why, errno);
+      return attempt::failed;
+    }
+    if (!remove_if_dead(native)) return attempt::held;
+  }
+  return attempt::held;
+}
+
+bool lock_file::holder(qint64* pid, QString* program) const {
+  const owned_fd fd(::open(QFile::encodeName(m_path).constData(),
+                           O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  lock_info info;
+  if (fd.get() < 0 || !parse_lock(read_small(fd.get()), &info)) return false;
+  *pid = info.pid;
+  *program = QString::fromUtf8(info.program);
+  return true;
 }
 
 qint64 this_user() { return ::geteuid(); }

@@ -7,6 +7,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QRandomGenerator>
 
 namespace cfgq_platform {
@@ -187,15 +188,26 @@ void own_private_file(const QString& path) {
   if (!state.exists || state.link) make_private_file(path, nullptr, nullptr);
 }
 
-void remove_dead_empty_lock(const QString& path, qint64 min_age_ms) {
-  // A lock file on Windows is held open without sharing by its writer: one that can be deleted
-  // is nobody's.
-  const file_state state = state_of(path, false);
-  FILETIME now;
-  ::GetSystemTimeAsFileTime(&now);
-  if (state.exists && state.size == 0 && to_ms(now) - state.modified_ms >= min_age_ms) {
-    ::DeleteFileW(native(path).c_str());
-  }
+struct lock_file::state {
+  explicit state(const QString& path) : lock(path) {}
+  QLockFile lock;  // on Windows the writer's open handle is the lock: Qt's own does it right
+};
+
+lock_file::lock_file(const QString& path)
+    : m_path(path), m_state(std::make_unique<state>(path)) {}
+
+lock_file::~lock_file() = default;
+
+lock_file::attempt lock_file::try_take(QString* why) {
+  if (m_state->lock.tryLock(0)) return attempt::taken;
+  if (m_state->lock.error() == QLockFile::LockFailedError) return attempt::held;
+  if (why != nullptr) *why = error_text(::GetLastError());
+  return attempt::failed;
+}
+
+bool lock_file::holder(qint64* pid, QString* program) const {
+  QString host;
+  return m_state->lock.getLockInfo(pid, &host, program);
 }
 
 qint64 this_user() { return 0; }

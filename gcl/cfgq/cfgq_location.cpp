@@ -10,6 +10,10 @@
 #include <QFile>
 #include <QRegularExpression>
 
+#ifndef _WIN32
+#include <unistd.h>
+#endif
+
 #include "cfg.h"
 #include "fio.h"
 #include "gen.h"
@@ -104,6 +108,26 @@ QString get_registry_file_path() {
 QString cfgq_temporary_settings_file() { return temp_registry_file.path(); }
 
 std::string cfgq_temp_directory() { return gen_get_temp_path(); }
+
+QString cfgq_private_base() {
+  const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+  if (!runtime.isEmpty()) {
+    const cfgq_platform::file_state state = cfgq_platform::state_of(runtime, false);
+    if (state.exists && !state.link && !state.regular &&
+        state.owner == cfgq_platform::this_user() && (state.mode & 077) == 0) {
+      return runtime;
+    }
+  }
+#ifndef _WIN32
+  const cfgq_platform::file_state shm = cfgq_platform::state_of(QStringLiteral("/dev/shm"), false);
+  // A shared directory like /tmp: only with its sticky bit may one user's names be safe there.
+  if (shm.exists && !shm.link && !shm.regular && (shm.mode & 01000) != 0 &&
+      ::access("/dev/shm", W_OK | X_OK) == 0) {
+    return QStringLiteral("/dev/shm");
+  }
+#endif
+  return QString::fromStdString(cfgq_temp_directory());
+}
 
 void cfgq_remove_dead_process_files(const QString& temp_dir) {
   static const QRegularExpression ours(QStringLiteral("^(CFGQ|cfgq)\\.([0-9]+)\\.[A-Za-z0-9]{6}$"));

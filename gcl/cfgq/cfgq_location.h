@@ -42,6 +42,11 @@ QString cfgq_temporary_settings_file();
 // The directory for temporary files.
 std::string cfgq_temp_directory();
 
+// Where the process's private directory goes: the user's runtime directory ($XDG_RUNTIME_DIR,
+// when it is the user's own), else the system's memory file system (/dev/shm), else the
+// temporary directory. Qt syncs its own lock files to disk; in memory that costs nothing.
+QString cfgq_private_base();
+
 // Removes from `temp_dir` the temporary settings files and private directories of processes
 // that are provably gone: names the library gives them ("CFGQ.<pid>.XXXXXX",
 // "cfgq.<pid>.XXXXXX"), owned by this user, whose process no longer runs.

@@ -19,7 +19,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
-#include <QLockFile>
 #include <QTemporaryFile>
 
 #include "cfgq_diagnostics.h"
@@ -56,25 +55,23 @@ namespace {
 constexpr qint64 default_lock_wait_ms = 10'000;
 // New files up to this size have what Qt holds counted after each write (see write_checked).
 constexpr qint64 exact_check_bytes = 256 * 1024;
-// An empty lock file older than this that nobody holds a lock on is a writer's killed between
-// making it and writing its process id (a live writer locks it the moment it makes it). A lock
-// naming a process that is gone is taken over at once.
-constexpr qint64 dead_empty_lock_age_ms = 1'000;
 
 // The process's private directory: aliases and Qt's own locks of them. Named after the process
-// (cfgq.<pid>.XXXXXX in the temporary directory) so that a later process can tell that its
-// maker is gone and remove it.
+// (cfgq.<pid>.XXXXXX, see cfgq_private_base for where) so that a later process can tell that
+// its maker is gone and remove it.
 class process_directory {
  public:
   process_directory() {
     const QString temp = QString::fromStdString(cfgq_temp_directory());
+    const QString base = cfgq_private_base();
     cfgq_remove_dead_process_files(temp);
-    const QString pattern = QDir(temp).filePath(
+    if (base != temp) cfgq_remove_dead_process_files(base);
+    const QString pattern = QDir(base).filePath(
         QStringLiteral("cfgq.%1.XXXXXX").arg(platform::this_process()));
     m_path = platform::make_private_dir(pattern);
     if (m_path.isEmpty()) {
       cfgq_debug(std::string("No private directory for the settings file's aliases in ") +
-                 temp.toStdString() + ": " + platform::last_error_text().toStdString() +
+                 base.toStdString() + ": " + platform::last_error_text().toStdString() +
                  "; writes use Qt's own lock");
     }
   }
@@ -196,46 +193,44 @@ void report_failure(const QString& path, const QString& reason, qint64 lock_pid 
 // it, but waited for only so long.
 class file_lock {
  public:
-  explicit file_lock(const QString& real) : m_path(real + QStringLiteral(".lock")), m_lock(m_path) {}
-  // False after the wait; *why then says who holds it.
+  explicit file_lock(const QString& real) : m_lock(real + QStringLiteral(".lock")) {}
+  // False after the wait; *why then says who holds it, or why it can't be made.
   bool take(QString* why, qint64* holder) {
-    // Short, jittered polls: Qt's own wait doubles its sleep up to seconds, and a waiter that
-    // sleeps long loses the lock to every writer that comes after it.
+    // Short, jittered polls: a waiter that sleeps long loses the lock to every writer that
+    // comes after it.
     const qint64 wait_ms = cfgq_lock_wait_ms();
     QElapsedTimer waited;
     waited.start();
     std::minstd_rand jitter(static_cast<unsigned>(platform::this_process()));
+    QString failure;
     for (;;) {
-      platform::remove_dead_empty_lock(m_path, dead_empty_lock_age_ms);
-      if (m_lock.tryLock(0)) return true;
-      if (m_lock.error() != QLockFile::LockFailedError || waited.elapsed() >= wait_ms) break;
+      const platform::lock_file::attempt attempt = m_lock.try_take(&failure);
+      if (attempt == platform::lock_file::attempt::taken) return true;
+      if (attempt == platform::lock_file::attempt::failed) {
+        *why = QStringLiteral("its lock file can't be made: ") + failure;
+        return false;
+      }
+      if (waited.elapsed() >= wait_ms) break;
       std::this_thread::sleep_for(std::chrono::microseconds(500 + jitter() % 2'000));
     }
     qint64 pid = 0;
-    QString host;
-    QString app;
-    if (m_lock.error() == QLockFile::LockFailedError && m_lock.getLockInfo(&pid, &host, &app)) {
+    QString program;
+    if (m_lock.holder(&pid, &program)) {
       *holder = pid;
       const QString state = platform::process_is_stopped(pid) ? QStringLiteral(", stopped")
                                                                : QString();
       *why = QStringLiteral("locked by process %1 (%2%3) for more than %4 ms")
                  .arg(pid)
-                 .arg(app.isEmpty() ? QStringLiteral("unknown") : app, state)
-                 .arg(cfgq_lock_wait_ms());
-    } else if (m_lock.error() == QLockFile::PermissionError) {
-      *why = QStringLiteral("its lock file can't be made: Permission denied");
-    } else if (m_lock.error() == QLockFile::LockFailedError) {
-      *why = QStringLiteral("locked by another process for more than %1 ms")
-                 .arg(cfgq_lock_wait_ms());
+                 .arg(program.isEmpty() ? QStringLiteral("unknown") : program, state)
+                 .arg(wait_ms);
     } else {
-      *why = QStringLiteral("its lock file can't be made (disk full?)");
+      *why = QStringLiteral("locked by another process for more than %1 ms").arg(wait_ms);
     }
     return false;
   }
 
  private:
-  QString m_path;
-  QLockFile m_lock;
+  platform::lock_file m_lock;
 };
 
 // True when writes through `generation` need the file's lock taken by the owner: the file is

@@ -170,8 +170,15 @@ int run_command(const command& c, const QStringList& words) {
   }
   // Every command but these reads or writes settings.
   std::optional<cli::settings_run> settings;
-  static const QStringList no_settings = {"path", "setenv", "getenv", "unsetenv", "env"};
-  if (!no_settings.contains(name)) settings.emplace();
+  const bool env_command = name.endsWith(QLatin1String("env"));
+  if (!env_command && cli::settings_file_path().isEmpty()) {
+    // Never a settings file in whatever the working directory happens to be.
+    return cli::fail(name,
+                     QStringLiteral("no profile directory: HOME is not set and the password "
+                                    "database names no home directory for this user"),
+                     cli::exit_failed);
+  }
+  if (name != QLatin1String("path") && !env_command) settings.emplace();
   const int status = c.run(cli::invocation{name, parser, args});
   // A write the command did not check itself (a view written when it went) still counts.
   const int unchecked = cli::check_writes(name);
