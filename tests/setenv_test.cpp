@@ -1,16 +1,13 @@
-// Persistent environment variables: store choice, list rules, the process environment, and the
-// environment.d files that hold the stores outside Windows.
+// Persistent environment variables: store choice, list rules, the process environment, the
+// session's own value, what the stores refuse, and where the user's store lives.
 #include <pwd.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <optional>
-#include <vector>
 
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QString>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
