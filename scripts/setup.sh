@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the build, the tests and the benchmarks need.
-# Safe to run again: apt-get skips what is already installed.
+# Safe to run again: apt-get skips what is already installed. systemd is there for its
+# environment.d generator, a plain program that the environment tests run; nothing boots.
 set -euo pipefail
 
 packages=(
@@ -12,6 +13,7 @@ packages=(
   libbenchmark-dev
   clang libclang-rt-14-dev
   g++-mingw-w64-x86-64-posix
+  systemd
 )
 
 missing=()

@@ -1,6 +1,6 @@
 // The cfgq tool, run as a subprocess on a fresh HOME per test: commands on empty and populated
 // files, exit statuses and error lines, awkward keys and values, the export format's round
-// trip, reset's confirmation, migration, recovery of set-aside copies and setenv.
+// trip, reset's confirmation, migration and recovery of set-aside copies.
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -834,18 +834,6 @@ TEST_F(CliTest, RecoverMergeEstimatesEscapedValuesWithinTheSizeLimit) {
               QSettings(profile_file() + QStringLiteral(".large"), QSettings::IniFormat)
                   .value(QStringLiteral("25.1_pro/Dialog_Control_State/") + key));
   }
-}
-
-TEST_F(CliTest, SetenvWritesTheUserStore) {
-  const QString store = home() + QStringLiteral("/user.env");
-  EXPECT_EQ(run({"setenv", "KORVEL_PATH", "/opt/a b"}).out, "KORVEL_PATH set in the user store.\n");
-  EXPECT_EQ(run({"setenv", "KORVEL_PATH", "/opt/c", "--append", "--separator", ":"}).out,
-            "/opt/c appended to KORVEL_PATH in the user store.\n");
-  EXPECT_EQ(run({"setenv", "KORVEL_PATH", "/OPT/C", "--append", "--separator", ":"}).out,
-            "KORVEL_PATH already holds /OPT/C; nothing changed.\n");
-  QFile file(store);
-  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-  EXPECT_TRUE(file.readAll().contains("KORVEL_PATH=\"/opt/a b:/opt/c\""));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // layer (cfgq_setenv_posix.cpp or cfgq_setenv_win.cpp).
 #include "cfgq.h"
 #include "cfgq_setenv.h"
+#include "cfgq_tool.h"
 
 #include <atomic>
 #include <cstdarg>
@@ -66,8 +67,11 @@ bool write_native_setting(const QString& location, const QString& env_name, cons
   if (result.outcome == cfgq_env::write_outcome::written) return true;
   const char* what =
       result.outcome == cfgq_env::write_outcome::refused ? "refused" : "could not be written";
+  const QString shown = location.isEmpty() ? QStringLiteral("the user store") : location;
   report(fmt::format("cfgq_setenv: {} {} to {}: {}", env_name.toStdString(), what,
-                     location.toStdString(), result.reason.toStdString()));
+                     shown.toStdString(), result.reason.toStdString()));
+  // The result stays true; the cfgq tool asks afterwards.
+  cfgq_note_write_failure({shown, result.reason, 0});
   return false;
 }
 

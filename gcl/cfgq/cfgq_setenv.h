@@ -4,6 +4,10 @@
 // library: tests reach it through the static archive.
 #pragma once
 
+#include <optional>
+#include <utility>
+#include <vector>
+
 #include <QString>
 
 namespace cfgq_env {
@@ -19,13 +23,29 @@ QString store_name(store which);
 // Where `which` lives. On Windows the registry path
 // ("HKEY_CURRENT_USER\Environment", "HKEY_LOCAL_MACHINE\SYSTEM\...\Environment"). Elsewhere the
 // file in environment.d format: KORVEL_USER_ENV_FILE, else
-// $XDG_CONFIG_HOME/environment.d/90-korvel.conf (~/.config/... when unset, empty or relative);
-// KORVEL_SYSTEM_ENV_FILE, else /etc/environment.d/90-korvel.conf. Worked out at every call.
+// $XDG_CONFIG_HOME/environment.d/90-korvel.conf (~/.config/... when unset, empty or relative;
+// the home directory from HOME, else from the password database); KORVEL_SYSTEM_ENV_FILE, else
+// /etc/environment.d/80-korvel.conf. Worked out at every call. Empty when the user has no usable
+// home directory; no_location_reason() then says why.
 QString store_location(store which);
+QString no_location_reason();
 
-// The text of variable `name` in the store at `location`. Empty text when the variable is absent
-// and when the store can't be read; that is not an error.
+// The text of variable `name` in the store at `location`, as the logic sees it: empty text when
+// the variable is absent and when the store can't be read; that is not an error. Outside
+// Windows, the user's store also reads "${NAME}" for a variable that neither store file sets
+// and this process's environment defines: the session's own value, which a login keeps unless
+// the store replaces it (as Windows joins a user's Path after the machine's).
 QString store_read(const QString& location, const QString& name);
+
+// The text the store itself holds for `name` (no session value); nullopt when it holds none.
+std::optional<QString> store_text(const QString& location, const QString& name);
+
+// Every variable the store holds, name and text, in the store's order.
+std::vector<std::pair<QString, QString>> store_variables(const QString& location);
+
+// Why the session manager can't use the store as it stands (a file holding a NUL byte, for
+// example); empty when it can.
+QString store_problem(const QString& location);
 
 enum class write_outcome {
   written,  // the store holds the text now (or, for empty text, no longer holds the variable)

@@ -1,360 +1,256 @@
-// The persistent environment stores outside Windows: two files in environment.d format, read
-// by the session manager's environment generator when a user's session starts.
+// The persistent environment stores outside Windows: two files in environment.d format (see
+// cfgq_envd_format.h), read by the session manager's environment generator when a user's
+// session starts.
 //
-// The files are read with the generator's own rules, so that what we see is what later programs
-// get: lines of NAME=VALUE; "#" or ";" first on a line starts a comment (a backslash at its end
-// carries it onto the next line); a value may be bare (a backslash escapes the next character,
-// trailing blanks go), in single quotes (taken as is) or in double quotes (a backslash escapes
-// \ " ` $ and a line break, other backslashes stay); quoted and bare pieces run together until
-// the line ends; "$$" stands for "$"; the last assignment of a name wins; an assignment with an
-// invalid name, an empty value or a value that is not UTF-8 is skipped. A "#" after a value is
-// part of the value. References to other variables ($NAME, ${NAME}) are read as their literal
-// text, and are stored as literal text when such a value is written back.
+// The generator reads every *.conf of the user's and the machine's environment.d directories in
+// the order of their file names, a user's file hiding a machine file of the same name. So the
+// machine store is 80-korvel.conf and the user store 90-korvel.conf: both are read, the user's
+// last, and a "${PATH}" in the user's store sees what the machine's did to PATH.
 //
-// Every value is written as NAME="..." with \ " ` escaped and "$" doubled: the generator expands
-// "$" even inside quotes. A line break inside double quotes belongs to the value, so values with
-// line breaks round-trip. The format has no empty value: writing one removes the variable.
+// A store is written as a whole new file beside the old one (same directory, every write
+// checked, flushed to disk, the old file's owner and mode), then renamed over it: a failure at
+// any point leaves the old bytes. New files are 0600 and new directories 0700 whatever the umask.
+// A store that is a link is written where the link points, and only when that is a regular file.
 #include "cfgq_setenv.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <utility>
-#include <vector>
 
 #include <QByteArray>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
-#include <QStringDecoder>
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "cfgq_envd_format.h"
 
 namespace {
 
-const QString file_name = QStringLiteral("90-korvel.conf");
-const QString system_file = QStringLiteral("/etc/environment.d/90-korvel.conf");
+const QString user_file_name = QStringLiteral("90-korvel.conf");
+const QString system_file = QStringLiteral("/etc/environment.d/80-korvel.conf");
 
-bool is_blank(char c) { return c == ' ' || c == '\t'; }
-bool is_line_break(char c) { return c == '\n' || c == '\r'; }
-bool is_whitespace(char c) { return is_blank(c) || is_line_break(c); }
+using cfgq_env::write_outcome;
+using cfgq_env::write_result;
 
-bool is_valid_name(const QByteArray& name) {
-  if (name.isEmpty()) return false;
-  for (qsizetype i = 0; i < name.size(); ++i) {
-    const char c = name[i];
-    const bool letter = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
-    const bool digit = c >= '0' && c <= '9';
-    if (!letter && !(digit && i > 0)) return false;
+write_result refused(const QString& reason) { return {write_outcome::refused, reason}; }
+write_result failed(const QString& why) { return {write_outcome::failed, why}; }
+
+QString system_reason(int error) { return QString::fromLocal8Bit(std::strerror(error)); }
+QByteArray native(const QString& path) { return QFile::encodeName(path); }
+
+// A usable home directory is an absolute path to an existing directory.
+bool usable_home(const QByteArray& path) {
+  struct stat st;
+  return path.startsWith('/') && stat(path.constData(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+// HOME, else the password database's entry for this user; empty when neither is usable.
+QString home_directory() {
+  const QByteArray from_environment = qgetenv("HOME");
+  if (usable_home(from_environment)) return QFile::decodeName(from_environment);
+  long size = sysconf(_SC_GETPW_R_SIZE_MAX);
+  QByteArray buffer(size > 0 ? size : 16384, '\0');
+  struct passwd entry;
+  struct passwd* found = nullptr;
+  while (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE &&
+         buffer.size() < (1 << 20)) {
+    buffer.resize(buffer.size() * 2);
   }
-  return true;
+  if (found == nullptr || !usable_home(QByteArray(found->pw_dir))) return QString();
+  return QFile::decodeName(found->pw_dir);
 }
 
-bool is_utf8(const QByteArray& bytes) {
-  QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-  const QString ignored = decoder.decode(bytes);
-  return !decoder.hasError();
-}
+// An open file descriptor, closed on every path.
+class fd_holder {
+ public:
+  explicit fd_holder(int fd = -1) : m_fd(fd) {}
+  ~fd_holder() {
+    if (m_fd >= 0) ::close(m_fd);
+  }
+  fd_holder(const fd_holder&) = delete;
+  fd_holder& operator=(const fd_holder&) = delete;
+  int get() const { return m_fd; }
+  // Closes now, for the close's own result.
+  int close() { return ::close(std::exchange(m_fd, -1)); }
 
-// One NAME=VALUE assignment of a file, with the bytes it spans.
-struct assignment {
-  QByteArray name;      // blanks before "=" removed
-  QByteArray value;     // quotes and escapes resolved; "$$" still doubled
-  qsizetype begin = 0;  // the name's first byte
-  qsizetype end = 0;    // one past the value: its line break, or the end of the file
-  qsizetype line_begin = 0;  // after the previous line break: begin less leading blanks
-  qsizetype line_end = 0;    // past the line break(s) that end the assignment
+ private:
+  int m_fd;
 };
 
-// Where the file's last byte leaves the reader, and so what an appended line needs.
-enum class file_end {
-  between_lines,  // a line may follow directly
-  in_line,        // a dangling name or a comment: a line break must come first
-  in_value,       // an unfinished value or a comment carried on: appending would join it
+// A temporary file beside the store, removed on every path unless renamed into place.
+class temp_file {
+ public:
+  explicit temp_file(const QByteArray& store_path)
+      : m_path(store_path + ".XXXXXX"), m_fd(mkostemp(m_path.data(), O_CLOEXEC)) {
+    if (m_fd.get() < 0) m_path.clear();
+  }
+  ~temp_file() {
+    if (!m_path.isEmpty()) unlink(m_path.constData());
+  }
+  temp_file(const temp_file&) = delete;
+  temp_file& operator=(const temp_file&) = delete;
+  int fd() const { return m_fd.get(); }
+  int close() { return m_fd.close(); }
+  int rename_to(const QByteArray& target) {
+    const int result = ::rename(m_path.constData(), target.constData());
+    if (result == 0) m_path.clear();
+    return result;
+  }
+
+ private:
+  QByteArray m_path;
+  fd_holder m_fd;
 };
 
-struct parsed_file {
-  std::vector<assignment> assignments;
-  file_end end = file_end::between_lines;
-};
+// Writes all of `bytes`; a short write is continued, and the error that stops it is returned
+// (0 when everything was written).
+int write_all(int fd, const QByteArray& bytes) {
+  qsizetype done = 0;
+  while (done < bytes.size()) {
+    const ssize_t n = ::write(fd, bytes.constData() + done, bytes.size() - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) return errno;
+    if (n == 0) return ENOSPC;
+    done += n;
+  }
+  return 0;
+}
 
-// The generator's reader, keeping byte positions. It never fails: every byte sequence is a
-// file, odd lines are simply not assignments.
-parsed_file parse(const QByteArray& bytes) {
-  enum class state {
-    pre_key, key, pre_value, value, value_escape, single_quote, double_quote,
-    double_quote_escape, comment, comment_escape,
-  };
-  parsed_file result;
-  state st = state::pre_key;
-  assignment current;
-  qsizetype key_blank_from = -1;    // where trailing blanks of the name start
-  qsizetype value_blank_from = -1;  // where trailing blanks of a bare value start
-
-  const auto finish = [&](qsizetype end, qsizetype line_end) {
-    if (key_blank_from >= 0) current.name.truncate(key_blank_from);
-    current.end = end;
-    current.line_end = line_end;
-    result.assignments.push_back(std::move(current));
-    current = assignment();
-  };
-  // A "\r\n" pair ends one line; the "\n" would otherwise be left behind on removal.
-  const auto line_end_after = [&](qsizetype i) {
-    return bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n' ? i + 2 : i + 1;
-  };
-
-  for (qsizetype i = 0; i < bytes.size(); ++i) {
-    const char c = bytes[i];
-    if (c == '\0') break;  // the generator reads up to the first NUL
-    switch (st) {
-      case state::pre_key:
-        if (c == '#' || c == ';') {
-          st = state::comment;
-        } else if (!is_whitespace(c)) {
-          st = state::key;
-          current = assignment();
-          current.begin = i;
-          current.line_begin = i;
-          while (current.line_begin > 0 && is_blank(bytes[current.line_begin - 1])) {
-            --current.line_begin;
-          }
-          key_blank_from = -1;
-          current.name.append(c);
-        }
-        break;
-      case state::key:
-        if (is_line_break(c)) {
-          st = state::pre_key;  // a line without "=" is ignored
-        } else if (c == '=') {
-          st = state::pre_value;
-        } else {
-          if (!is_blank(c)) {
-            key_blank_from = -1;
-          } else if (key_blank_from < 0) {
-            key_blank_from = current.name.size();
-          }
-          current.name.append(c);
-        }
-        break;
-      case state::pre_value:
-        if (is_line_break(c)) {
-          st = state::pre_key;
-          finish(i, line_end_after(i));
-        } else if (c == '\'') {
-          st = state::single_quote;
-        } else if (c == '"') {
-          st = state::double_quote;
-        } else if (c == '\\') {
-          st = state::value_escape;
-        } else if (!is_blank(c)) {
-          st = state::value;
-          value_blank_from = -1;
-          current.value.append(c);
-        }
-        break;
-      case state::value:
-        if (is_line_break(c)) {
-          st = state::pre_key;
-          if (value_blank_from >= 0) current.value.truncate(value_blank_from);
-          finish(i, line_end_after(i));
-        } else if (c == '\\') {
-          st = state::value_escape;
-          value_blank_from = -1;
-        } else {
-          if (!is_blank(c)) {
-            value_blank_from = -1;
-          } else if (value_blank_from < 0) {
-            value_blank_from = current.value.size();
-          }
-          current.value.append(c);
-        }
-        break;
-      case state::value_escape:
-        st = state::value;
-        value_blank_from = -1;
-        if (!is_line_break(c)) current.value.append(c);  // an escaped line break joins lines
-        break;
-      case state::single_quote:
-        if (c == '\'') {
-          st = state::pre_value;
-        } else {
-          current.value.append(c);
-        }
-        break;
-      case state::double_quote:
-        if (c == '"') {
-          st = state::pre_value;
-        } else if (c == '\\') {
-          st = state::double_quote_escape;
-        } else {
-          current.value.append(c);
-        }
-        break;
-      case state::double_quote_escape:
-        st = state::double_quote;
-        if (c == '"' || c == '\\' || c == '`' || c == '$') {
-          current.value.append(c);
-        } else if (c != '\n') {
-          current.value.append('\\');
-          current.value.append(c);
-        }
-        break;
-      case state::comment:
-        if (c == '\\') {
-          st = state::comment_escape;
-        } else if (is_line_break(c)) {
-          st = state::pre_key;
-        }
-        break;
-      case state::comment_escape:
-        st = state::comment;
-        break;
+// Where a write of `location` goes: the path itself, or the regular file a link points to.
+// Empty, with *why, when it must not be written.
+QByteArray write_target(const QString& location, QString* why) {
+  const QByteArray path = native(QFileInfo(location).absoluteFilePath());
+  struct stat st;
+  if (lstat(path.constData(), &st) != 0) return path;  // no file yet
+  if (S_ISLNK(st.st_mode)) {
+    if (stat(path.constData(), &st) != 0) {
+      *why = QStringLiteral("a link to nothing (%1)").arg(system_reason(errno));
+      return QByteArray();
     }
-  }
-
-  switch (st) {
-    case state::pre_value:
-    case state::value:
-    case state::value_escape:
-    case state::single_quote:
-    case state::double_quote:
-    case state::double_quote_escape:
-      if (st == state::value && value_blank_from >= 0) current.value.truncate(value_blank_from);
-      finish(bytes.size(), bytes.size());
-      result.end = file_end::in_value;
-      break;
-    case state::pre_key:
-      result.end = file_end::between_lines;
-      break;
-    case state::key:
-    case state::comment:
-      // A comment still open after the file's last line break was carried on by a backslash:
-      // the next line would be part of it.
-      result.end = st == state::comment && !bytes.isEmpty() && is_line_break(bytes.back())
-                       ? file_end::in_value
-                       : file_end::in_line;
-      break;
-    case state::comment_escape:
-      result.end = file_end::in_value;
-      break;
-  }
-  return result;
-}
-
-// The value the generator would hand on, or an empty text when the assignment doesn't count.
-QByteArray effective_value(const assignment& a) {
-  if (!is_valid_name(a.name) || a.value.isEmpty() || !is_utf8(a.value)) return QByteArray();
-  QByteArray folded;
-  folded.reserve(a.value.size());
-  for (qsizetype i = 0; i < a.value.size(); ++i) {
-    folded.append(a.value[i]);
-    if (a.value[i] == '$' && i + 1 < a.value.size() && a.value[i + 1] == '$') ++i;
-  }
-  return folded;
-}
-
-// name -> value as the generator sees the file: the last counting assignment wins.
-std::vector<std::pair<QByteArray, QByteArray>> variables(const parsed_file& file) {
-  std::vector<std::pair<QByteArray, QByteArray>> result;
-  for (const assignment& a : file.assignments) {
-    const QByteArray value = effective_value(a);
-    if (value.isEmpty()) continue;
-    bool replaced = false;
-    for (auto& [name, old_value] : result) {
-      if (name == a.name) {
-        old_value = value;
-        replaced = true;
-      }
+    if (!S_ISREG(st.st_mode)) {
+      *why = QStringLiteral("a link to something other than a regular file");
+      return QByteArray();
     }
-    if (!replaced) result.emplace_back(a.name, value);
+    return native(QFileInfo(location).canonicalFilePath());
   }
-  return result;
+  if (!S_ISREG(st.st_mode)) {
+    *why = QStringLiteral("not a regular file");
+    return QByteArray();
+  }
+  return path;
 }
 
-QByteArray lookup(const parsed_file& file, const QByteArray& name) {
-  for (const auto& [n, v] : variables(file)) {
-    if (n == name) return v;
+// Creates the missing directories of `directory`, each readable by the user alone.
+int make_directories(const QByteArray& directory) {
+  struct stat st;
+  if (directory.isEmpty() || stat(directory.constData(), &st) == 0) return 0;
+  const qsizetype slash = directory.lastIndexOf('/');
+  if (slash > 0) {
+    if (const int error = make_directories(directory.left(slash))) return error;
   }
-  return QByteArray();
+  if (mkdir(directory.constData(), 0700) != 0) return errno == EEXIST ? 0 : errno;
+  // The umask may have taken bits away that the owner needs.
+  return chmod(directory.constData(), 0700) == 0 ? 0 : errno;
 }
 
-// Every variable of the file except `name`, in name order.
-std::vector<std::pair<QByteArray, QByteArray>> others(const parsed_file& file,
-                                                     const QByteArray& name) {
-  std::vector<std::pair<QByteArray, QByteArray>> result = variables(file);
-  result.erase(std::remove_if(result.begin(), result.end(),
-                              [&](const auto& entry) { return entry.first == name; }),
-               result.end());
-  std::sort(result.begin(), result.end());
-  return result;
+// Replaces the file at `target` with `bytes`, or leaves it as it was and says why.
+write_result replace_file(const QByteArray& target, const QByteArray& bytes) {
+  const QByteArray directory = target.left(target.lastIndexOf('/'));
+  if (const int error = make_directories(directory)) {
+    return failed(QStringLiteral("can't create %1: %2")
+                      .arg(QFile::decodeName(directory), system_reason(error)));
+  }
+  temp_file temp(target);
+  if (temp.fd() < 0) {
+    return failed(QStringLiteral("can't create a file in %1: %2")
+                      .arg(QFile::decodeName(directory), system_reason(errno)));
+  }
+  struct stat old;
+  const bool existed = stat(target.constData(), &old) == 0;
+  // The old file's owner and mode, or the user's alone for a new one.
+  if (existed && (old.st_uid != geteuid() || old.st_gid != getegid()) &&
+      fchown(temp.fd(), old.st_uid, old.st_gid) != 0) {
+    return failed(QStringLiteral("can't keep its owner (uid %1): %2")
+                      .arg(old.st_uid)
+                      .arg(system_reason(errno)));
+  }
+  if (fchmod(temp.fd(), existed ? old.st_mode & 07777 : 0600) != 0) {
+    return failed(system_reason(errno));
+  }
+  if (const int error = write_all(temp.fd(), bytes)) return failed(system_reason(error));
+  if (fsync(temp.fd()) != 0 || temp.close() != 0) return failed(system_reason(errno));
+  if (temp.rename_to(target) != 0) return failed(system_reason(errno));
+  // The rename itself reaches the disk with the directory.
+  fd_holder dir(open(directory.isEmpty() ? "/" : directory.constData(),
+                     O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (dir.get() >= 0) fsync(dir.get());
+  return {write_outcome::written, QString()};
 }
 
-// NAME="..." for the generator: it expands "$" even inside double quotes, so "$" is doubled
-// rather than escaped.
-QByteArray assignment_line(const QByteArray& name, const QByteArray& utf8_value) {
-  QByteArray line = name + "=\"";
-  for (const char c : utf8_value) {
-    if (c == '\\' || c == '"' || c == '`') {
-      line.append('\\');
-      line.append(c);
-    } else if (c == '$') {
-      line.append("$$");
-    } else {
-      line.append(c);
-    }
-  }
-  line.append('"');
-  return line;
-}
-
-// The file with `name` set to `line` (nullptr: removed). Earlier assignments of the name are
-// dropped and the last one is replaced in place, so the variable keeps its position; every other
-// byte stays as it was.
-QByteArray edited(const QByteArray& old_bytes, const parsed_file& old_file, const QByteArray& name,
-                  const QByteArray* line) {
-  std::vector<const assignment*> own;
-  for (const assignment& a : old_file.assignments) {
-    if (a.name == name) own.push_back(&a);
-  }
-  if (own.empty()) {
-    if (line == nullptr) return old_bytes;
-    switch (old_file.end) {
-      case file_end::between_lines:
-        return old_bytes + *line + '\n';
-      case file_end::in_line:
-        return old_bytes + '\n' + *line + '\n';
-      case file_end::in_value:
-        // Appended text would become part of the unfinished value or comment at the end.
-        return *line + '\n' + old_bytes;
-    }
-    return old_bytes;
+// The store's bytes: nullopt with *error set when it can't be read; empty when there is none.
+std::optional<QByteArray> read_store(const QString& location, int* error) {
+  QFile file(location);
+  if (!file.exists()) return QByteArray();
+  fd_holder fd(open(native(location).constData(), O_RDONLY | O_CLOEXEC));
+  if (fd.get() < 0) {
+    *error = errno;
+    return std::nullopt;
   }
   QByteArray bytes;
-  qsizetype copied_to = 0;
-  for (std::size_t k = 0; k < own.size(); ++k) {
-    const assignment& a = *own[k];
-    const bool last = k + 1 == own.size();
-    if (last && line != nullptr) {
-      bytes.append(old_bytes.mid(copied_to, a.begin - copied_to));
-      bytes.append(*line);
-      copied_to = a.end;  // the line break stays as it was
-    } else {
-      bytes.append(old_bytes.mid(copied_to, a.line_begin - copied_to));
-      copied_to = a.line_end;
+  char buffer[65536];
+  for (;;) {
+    const ssize_t n = ::read(fd.get(), buffer, sizeof buffer);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) {
+      *error = errno;
+      return std::nullopt;
     }
+    if (n == 0) return bytes;
+    bytes.append(buffer, n);
   }
-  bytes.append(old_bytes.mid(copied_to));
-  return bytes;
 }
 
-cfgq_env::write_result refused(const QString& reason) {
-  return {cfgq_env::write_outcome::refused, reason};
+// The parsed store as the generator takes it: nothing at all from a file it would not use.
+envd::parsed_file usable_store(const QString& location) {
+  int error = 0;
+  const std::optional<QByteArray> bytes = read_store(location, &error);
+  if (!bytes) return envd::parsed_file();
+  envd::parsed_file file = envd::parse(*bytes);
+  if (file.nul_at >= 0 || file.bad_utf8_at >= 0) return envd::parsed_file();
+  return file;
 }
 
-cfgq_env::write_result failed(const QString& why) {
-  return {cfgq_env::write_outcome::failed, why};
+// 1-based line of byte `at`.
+qsizetype line_of(const QByteArray& bytes, qsizetype at) { return bytes.left(at).count('\n') + 1; }
+
+// Why the session manager would not use these bytes; empty when it would.
+QString unusable_reason(const QByteArray& bytes, const envd::parsed_file& file) {
+  if (file.nul_at >= 0) {
+    return QStringLiteral("line %1 holds a NUL byte, so the session manager ignores the whole "
+                          "file; remove it by hand")
+        .arg(line_of(bytes, file.nul_at));
+  }
+  if (file.bad_utf8_at >= 0) {
+    return QStringLiteral("line %1 holds a value that is not UTF-8, which stops the session "
+                          "manager's reader; correct it by hand")
+        .arg(line_of(bytes, file.bad_utf8_at));
+  }
+  return QString();
 }
 
 }  // namespace
 
 namespace cfgq_env {
+
+QString no_location_reason() {
+  return QStringLiteral("no home directory (HOME is unset or not a directory, and the password "
+                        "database names none that is)");
+}
 
 QString store_location(store which) {
   if (which == store::system) {
@@ -366,63 +262,95 @@ QString store_location(store which) {
   // A relative XDG_CONFIG_HOME is invalid and ignored, as the session manager does.
   QString config_home = qEnvironmentVariable("XDG_CONFIG_HOME");
   if (config_home.isEmpty() || QDir::isRelativePath(config_home)) {
-    config_home = QDir::homePath() + QStringLiteral("/.config");
+    const QString home = home_directory();
+    if (home.isEmpty()) return QString();
+    config_home = home + QStringLiteral("/.config");
   }
-  return config_home + QStringLiteral("/environment.d/") + file_name;
+  return config_home + QStringLiteral("/environment.d/") + user_file_name;
+}
+
+std::optional<QString> store_text(const QString& location, const QString& name) {
+  if (location.isEmpty()) return std::nullopt;
+  const std::optional<QByteArray> text = envd::lookup(usable_store(location), name.toUtf8());
+  if (!text) return std::nullopt;
+  return QString::fromUtf8(*text);
 }
 
 QString store_read(const QString& location, const QString& name) {
-  QFile file(location);
-  if (!file.open(QIODevice::ReadOnly)) return QString();
-  const QByteArray value = lookup(parse(file.readAll()), name.toUtf8());
-  return QString::fromUtf8(value);
+  if (const std::optional<QString> text = store_text(location, name)) return *text;
+  const QString user_location = store_location(store::user);
+  const bool session_defines = !qgetenv(name.toLocal8Bit().constData()).isEmpty();
+  if (location.isEmpty() || location != user_location || !session_defines ||
+      store_text(store_location(store::system), name)) {
+    return QString();
+  }
+  return QStringLiteral("${%1}").arg(name);
+}
+
+std::vector<std::pair<QString, QString>> store_variables(const QString& location) {
+  std::vector<std::pair<QString, QString>> result;
+  if (location.isEmpty()) return result;
+  for (const auto& [name, text] : envd::variables(usable_store(location))) {
+    result.emplace_back(QString::fromUtf8(name), QString::fromUtf8(text));
+  }
+  return result;
+}
+
+QString store_problem(const QString& location) {
+  if (location.isEmpty()) return no_location_reason();
+  int error = 0;
+  const std::optional<QByteArray> bytes = read_store(location, &error);
+  if (!bytes) return system_reason(error);
+  return unusable_reason(*bytes, envd::parse(*bytes));
 }
 
 write_result store_write(const QString& location, const QString& name, const QString& text) {
   const QByteArray name_bytes = name.toUtf8();
-  if (!is_valid_name(name_bytes)) {
+  if (!envd::is_valid_name(name_bytes)) {
     return refused(QStringLiteral("\"%1\" is not a variable name ([A-Za-z_][A-Za-z0-9_]*)")
                        .arg(name));
   }
   if (text.contains(QChar::Null)) return refused(QStringLiteral("the value holds a NUL"));
-  // Unpaired surrogates have no UTF-8 form; the generator skips lines that are not UTF-8.
+  // Unpaired surrogates have no UTF-8 form.
   if (!text.isValidUtf16()) return refused(QStringLiteral("the value is not valid Unicode"));
+  if (location.isEmpty()) return failed(no_location_reason());
 
-  QByteArray old_bytes;
-  QFile old_file(location);
-  if (old_file.exists()) {
-    if (!old_file.open(QIODevice::ReadOnly)) return failed(old_file.errorString());
-    old_bytes = old_file.readAll();
-    old_file.close();
-  }
-  const parsed_file old_parsed = parse(old_bytes);
+  QString why;
+  const QByteArray target = write_target(location, &why);
+  if (target.isEmpty()) return failed(why);
+  int error = 0;
+  const std::optional<QByteArray> old_bytes = read_store(QFile::decodeName(target), &error);
+  if (!old_bytes) return failed(system_reason(error));
+  const envd::parsed_file old_file = envd::parse(*old_bytes);
+  why = unusable_reason(*old_bytes, old_file);
+  if (!why.isEmpty()) return failed(why);
+
   const QByteArray value = text.toUtf8();
-  const QByteArray line = assignment_line(name_bytes, value);
-  const QByteArray new_bytes =
-      edited(old_bytes, old_parsed, name_bytes, text.isEmpty() ? nullptr : &line);
-  if (new_bytes == old_bytes) return {write_outcome::written, QString()};
+  const QByteArray line = envd::assignment_line(name_bytes, value);
+  const std::optional<QByteArray> new_bytes =
+      envd::edited(*old_bytes, old_file, name_bytes, text.isEmpty() ? nullptr : &line);
+  if (!new_bytes) {
+    return failed(QStringLiteral("the file ends inside a quote that is never closed (line %1); "
+                                 "close it by hand")
+                      .arg(line_of(*old_bytes, old_file.assignments.back().begin)));
+  }
+  if (*new_bytes == *old_bytes) return {write_outcome::written, QString()};
 
   // A last check that the edit reads back as meant, whatever odd text the file held.
-  const parsed_file new_parsed = parse(new_bytes);
-  if (others(old_parsed, name_bytes) != others(new_parsed, name_bytes) ||
-      lookup(new_parsed, name_bytes) != value) {
+  const envd::parsed_file new_file = envd::parse(*new_bytes);
+  auto others = [&](const envd::parsed_file& file) {
+    auto all = envd::variables(file);
+    all.erase(std::remove_if(all.begin(), all.end(),
+                             [&](const auto& entry) { return entry.first == name_bytes; }),
+              all.end());
+    return all;
+  };
+  const std::optional<QByteArray> now = envd::lookup(new_file, name_bytes);
+  if (others(old_file) != others(new_file) ||
+      (text.isEmpty() ? now.has_value() : now != value)) {
     return refused(QStringLiteral("the edited file would not read back as written"));
   }
-
-  const QString directory = QFileInfo(location).absolutePath();
-  if (!QDir().mkpath(directory)) {
-    return failed(QStringLiteral("can't create the directory %1").arg(directory));
-  }
-  // Temporary file and rename in the same directory: a failure leaves the old file whole.
-  QSaveFile file(location);
-  if (!file.open(QIODevice::WriteOnly)) return failed(file.errorString());
-  if (file.write(new_bytes) != new_bytes.size()) {
-    const QString why = file.errorString();
-    file.cancelWriting();
-    return failed(why);
-  }
-  if (!file.commit()) return failed(file.errorString());
-  return {write_outcome::written, QString()};
+  return replace_file(target, *new_bytes);
 }
 
 void announce_change_by_platform() {}

@@ -117,6 +117,25 @@ QString store_read(const QString& location, const QString& name) {
   return settings.value(name).toString();
 }
 
+QString no_location_reason() { return QString(); }
+
+std::optional<QString> store_text(const QString& location, const QString& name) {
+  const QSettings settings(location, QSettings::NativeFormat);
+  if (!settings.contains(name)) return std::nullopt;
+  return settings.value(name).toString();
+}
+
+std::vector<std::pair<QString, QString>> store_variables(const QString& location) {
+  const QSettings settings(location, QSettings::NativeFormat);
+  std::vector<std::pair<QString, QString>> result;
+  for (const QString& name : settings.childKeys()) {
+    result.emplace_back(name, settings.value(name).toString());
+  }
+  return result;
+}
+
+QString store_problem(const QString&) { return QString(); }
+
 write_result store_write(const QString& location, const QString& name, const QString& text) {
   // QSettings takes "/" and "\" as group separators: such a name would land in a subkey.
   if (name.isEmpty() || name.contains(QLatin1Char('/')) || name.contains(QLatin1Char('\\')) ||

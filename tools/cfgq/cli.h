@@ -93,9 +93,10 @@ struct command {
 std::vector<command> store_commands();     // path show get set unset keys clear sections
 std::vector<command> backup_commands();    // export import
 std::vector<command> recover_commands();   // recover
-std::vector<command> version_commands();   // migrate reset setenv
+std::vector<command> version_commands();   // migrate reset
 std::vector<command> watch_commands();     // watch
 std::vector<command> check_commands();     // check
+std::vector<command> env_commands();       // setenv getenv unsetenv env
 
 // ---- Hidden entries: the manual page and shell completion (manual_and_completion.cpp) ---
 

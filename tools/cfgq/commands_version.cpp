@@ -1,8 +1,7 @@
-// Commands for a version's settings as a whole and for the environment: migrate, reset, setenv.
+// Commands for a version's settings as a whole: migrate, reset.
 #include <cstdio>
 #include <string>
 
-#include <QRegularExpression>
 #include <QTextStream>
 
 #ifndef _WIN32
@@ -196,46 +195,6 @@ int run_reset(const invocation& call) {
   return exit_ok;
 }
 
-void add_setenv_options(QCommandLineParser& parser) {
-  parser.addOption({QStringLiteral("append"),
-                    QStringLiteral("Add VALUE to the end of the list NAME holds.")});
-  parser.addOption({QStringLiteral("separator"),
-                    QStringLiteral("The list separator for --append (default ';')."),
-                    QStringLiteral("S")});
-  parser.addOption({QStringLiteral("process"),
-                    QStringLiteral("Set it in this process's environment too (for tests).")});
-}
-
-int run_setenv(const invocation& call) {
-  const QString name = call.args.at(0);
-  const QString value = call.args.at(1);
-  const QString what = QStringLiteral("setenv %1").arg(name);
-#ifndef _WIN32
-  // The environment files hold only these names; the store would refuse any other quietly.
-  static const QRegularExpression valid_name(QStringLiteral("^[A-Za-z_][A-Za-z0-9_]*$"));
-  if (!valid_name.match(name).hasMatch()) {
-    return fail(what, QStringLiteral("not a variable name (letters, digits and _, not starting "
-                                     "with a digit)"),
-                exit_usage);
-  }
-#endif
-  const bool append = call.options.isSet(QStringLiteral("append"));
-  QString scope;
-  if (!cfgq_setenv(name, value, scope, append, call.options.value(QStringLiteral("separator")),
-                   call.options.isSet(QStringLiteral("process")))) {
-    print(QStringLiteral("%1 already holds %2; nothing changed.\n").arg(name, value));
-    return exit_ok;
-  }
-  if (value.isEmpty()) {
-    print(QStringLiteral("%1 removed from the %2 store.\n").arg(name, scope));
-  } else if (append) {
-    print(QStringLiteral("%1 appended to %2 in the %3 store.\n").arg(value, name, scope));
-  } else {
-    print(QStringLiteral("%1 set in the %2 store.\n").arg(name, scope));
-  }
-  return exit_ok;
-}
-
 }  // namespace
 
 std::vector<command> version_commands() {
@@ -253,12 +212,6 @@ std::vector<command> version_commands() {
        "defaults; a later migrate does not bring the old settings back. Asks for confirmation\n"
        "on the terminal; without a terminal (a script, a pipe) it needs --yes.",
        add_reset_options, run_reset},
-      {"setenv", "NAME VALUE [--append] [--separator S]", 2, 2, "set an environment variable persistently",
-       "Sets NAME to VALUE in the user's persistent environment (or in the machine's, when only\n"
-       "that one holds NAME); programs started later see it. With --append, VALUE is added to\n"
-       "the list NAME holds unless the list holds it already (ignoring case). An empty VALUE\n"
-       "removes NAME.",
-       add_setenv_options, run_setenv},
   };
 }
 

@@ -30,7 +30,8 @@ const char* const exit_status_help =
 std::vector<command> all_commands() {
   std::vector<command> commands;
   for (auto group : {cli::store_commands, cli::backup_commands, cli::recover_commands,
-                     cli::version_commands, cli::watch_commands, cli::check_commands}) {
+                     cli::version_commands, cli::watch_commands, cli::check_commands,
+                     cli::env_commands}) {
     for (const command& c : group()) commands.push_back(c);
   }
   return commands;

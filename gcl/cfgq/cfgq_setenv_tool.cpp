@@ -1,0 +1,33 @@
+// The cfgq tool's questions about the environment stores, on the platform's store layer.
+#include "cfgq_setenv_tool.h"
+
+#include "cfgq_setenv.h"
+
+cfgq_env_store cfgq_tool_env_store(bool system) {
+  const cfgq_env::store which = system ? cfgq_env::store::system : cfgq_env::store::user;
+  cfgq_env_store result;
+  result.scope = cfgq_env::store_name(which);
+  result.path = cfgq_env::store_location(which);
+  result.problem = result.path.isEmpty() ? cfgq_env::no_location_reason()
+                                         : cfgq_env::store_problem(result.path);
+  return result;
+}
+
+bool cfgq_tool_env_text(const QString& path, const QString& name, QString* text) {
+  const std::optional<QString> found = cfgq_env::store_text(path, name);
+  if (found) *text = *found;
+  return found.has_value();
+}
+
+QList<QPair<QString, QString>> cfgq_tool_env_variables(const QString& path) {
+  QList<QPair<QString, QString>> result;
+  for (const auto& [name, text] : cfgq_env::store_variables(path)) result.append({name, text});
+  return result;
+}
+
+bool cfgq_tool_env_remove(const QString& path, const QString& name, QString* why) {
+  const cfgq_env::write_result result = cfgq_env::store_write(path, name, QString());
+  if (result.outcome == cfgq_env::write_outcome::written) return true;
+  *why = result.reason;
+  return false;
+}
