@@ -1,5 +1,5 @@
 // The cfgq tool's questions about the environment stores, on the platform's store layer.
-#include "cfgq_setenv_tool.h"
+#include "cfgq_tool.h"
 
 #include "cfgq_setenv.h"
 

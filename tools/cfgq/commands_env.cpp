@@ -5,7 +5,7 @@
 
 #include <QRegularExpression>
 
-#include "cfgq_setenv_tool.h"
+#include "cfgq_tool.h"
 #include "cfgq_tool.h"
 #include "cli.h"
 
