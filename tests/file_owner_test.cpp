@@ -325,31 +325,57 @@ TEST_F(FileOwnerTest, WriteCutShortAtAnyOffsetKeepsTheOldFile) {
   }
 }
 
-// Files and directories the library makes are the user's alone whatever the umask, and nothing
-// is written through a link to something that is not a regular file.
-TEST_F(FileOwnerTest, PrivateFilesAndNoWritesThroughLinksToNonFiles) {
+// A new file is the user's alone whatever the umask, an existing one keeps the mode it has,
+// and nothing is written through a link to something that is not a regular file, into a
+// directory standing at the path, or below a profile path that is a regular file.
+TEST_F(FileOwnerTest, ModesAreKeptAndNonFilesAreNeverWritten) {
   const mode_t old_mask = ::umask(0);
-  { Key(Key::GENERAL, nullptr, nullptr).set_value("K", "v"); }
-  struct stat st {};
-  ASSERT_EQ(::stat(QFile::encodeName(profile_file()).constData(), &st), 0);
-  EXPECT_EQ(st.st_mode & 0777, 0600u);
+  for (const mode_t mode : {0000, 0640, 0644, 0660}) {
+    SCOPED_TRACE(mode);
+    QFile::remove(profile_file());
+    if (mode != 0) {
+      write_profile_file("[25.1_pro]\nGeneral\\Show_tips=Yes\n");
+      ::chmod(QFile::encodeName(profile_file()).constData(), mode);
+    }
+    { Key(Key::GENERAL, nullptr, nullptr).set_value("K", "v"); }
+    struct stat st {};
+    ASSERT_EQ(::stat(QFile::encodeName(profile_file()).constData(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, mode == 0 ? 0600u : mode);
+    EXPECT_EQ(raw_value("25.1_pro/General/K").toString(), "v");
+  }
   ::umask(old_mask);
 
   QTemporaryDir targets;
   const QString fifo = targets.filePath("fifo");
   ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
-  for (const QString& target : {fifo, targets.path()}) {
-    SCOPED_TRACE(target.toStdString());
+  const QString file_home = targets.filePath("a_file");
+  write_file(file_home, "a regular file where HOME should be a directory\n");
+  const struct {
+    const char* what;
+    std::function<void()> plant;
+    QString home;
+  } rows[] = {
+      {"link to a pipe", [&] { QFile::link(fifo, profile_file()); }, home()},
+      {"link to a directory", [&] { QFile::link(targets.path(), profile_file()); }, home()},
+      {"directory", [&] { QDir(home()).mkdir("korvel2.kreg"); }, home()},
+      {"HOME is a file", [] {}, file_home},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
     QFile::remove(profile_file());
-    ASSERT_TRUE(QFile::link(target, profile_file()));
+    QDir(home()).rmdir("korvel2.kreg");
+    row.plant();
+    const QStringList before = home_entries();
+    const QByteArray file_home_bytes = read_bytes(file_home);
+    cfgq_test::EnvGuard home_guard("HOME", row.home.toStdString());
     cfgq_write_failure failure;
     while (cfgq_tool_take_write_failure(&failure)) {
     }
     { Key(Key::GENERAL, nullptr, nullptr).set_value("K", "v"); }
     EXPECT_TRUE(cfgq_tool_take_write_failure(&failure));
-    EXPECT_EQ(failure.reason, "not a regular file");
-    EXPECT_TRUE(QFileInfo(profile_file()).isSymLink());
-    EXPECT_FALSE(QFileInfo(target).isFile());
+    EXPECT_EQ(home_entries(), before);
+    EXPECT_EQ(read_bytes(file_home), file_home_bytes);
+    EXPECT_FALSE(QFileInfo(fifo).isFile());
   }
 }
 

@@ -167,42 +167,6 @@ TEST_F(TemporarySettingsFileTest, NeverOpensThroughPlantedLinkOrPipe) {
 
 class PermissionsTest : public cfgq_test::SettingsTest {};
 
-TEST_F(PermissionsTest, ProfileFileKeepsTheModeTheUserGaveIt) {
-  for (const mode_t mode : {0600, 0640, 0644, 0660}) {
-    SCOPED_TRACE(mode);
-    write_profile_file("[25.1_pro]\nGeneral\\Show_tips=Yes\n");
-    ASSERT_EQ(::chmod(QFile::encodeName(profile_file()).constData(), mode), 0);
-    {
-      Key view(Key::GENERAL, "25.1", nullptr);
-      view.set_value("Mode", static_cast<int>(mode));
-    }
-    EXPECT_EQ(mode_of(profile_file()) & 07777, mode);
-    EXPECT_EQ(raw_value("25.1_pro/General/Mode").toInt(), static_cast<int>(mode));
-  }
-}
-
-TEST_F(PermissionsTest, UnwritableSettingsPathLeavesProcessRunningAndFileIntact) {
-  // Each case bites as root too: a path below a regular file, or a directory at the path.
-  const QString file_home = QDir(home()).absoluteFilePath("not_a_directory");
-  const QByteArray file_home_bytes = "a regular file where HOME should be a directory\n";
-  write_file(file_home, file_home_bytes);
-  {
-    EnvGuard home_guard("HOME", file_home.toStdString());
-    Key view(Key::GENERAL, "25.1", nullptr);
-    view.set_value("Lost", 1);
-    QVariant value;
-    EXPECT_TRUE(view.get_value("Lost", &value));  // kept in memory while the view lives
-  }
-  EXPECT_EQ(read_bytes(file_home), file_home_bytes);
-
-  ASSERT_TRUE(QDir(home()).mkdir("korvel2.kreg"));
-  {
-    Key view(Key::GENERAL, "25.1", nullptr);
-    view.set_value("Lost", 1);
-  }
-  EXPECT_TRUE(QFileInfo(profile_file()).isDir());
-}
-
 TEST_F(PermissionsTest, ReadOnlyFileOrDirectoryKeepsItsContents) {
   if (::geteuid() == 0) GTEST_SKIP() << "root writes read-only files and directories";
   const QByteArray original = "[25.1_pro]\nGeneral\\Show_tips=Yes\n";

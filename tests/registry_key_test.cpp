@@ -5,7 +5,6 @@
 #include <functional>
 #include <iterator>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -17,7 +16,6 @@
 #include <gtest/gtest.h>
 
 #include "cfgq.h"
-#include "mem.h"
 #include "test_support.h"
 #include "ver.h"
 
@@ -26,12 +24,6 @@ namespace {
 using cfgq_test::EnvGuard;
 using cfgq_test::read_bytes;
 using Key = CFGQ_REGISTRY_KEY;
-
-// Opens the protected section table to the tests.
-class SectionTable : public CFGQ_REGISTRY_KEY {
- public:
-  using CFGQ_REGISTRY_KEY::DEFAULT_SUB_KEYS;
-};
 
 constexpr qint64 size_limit_bytes = 10'000'000;
 
@@ -257,35 +249,6 @@ TEST_F(RegistryKeyTest, GroupsAreWrittenToTheFileAsPaths) {
   // The root view lists the main key of every version and edition in the file.
   const Key root(Key::NO_MAIN_KEY, nullptr, nullptr);
   EXPECT_EQ(root.childGroups(), (QList<QString>{"24.3_std", "25.1_pro"}));
-}
-
-TEST_F(RegistryKeyTest, SectionTableHasOneRowPerSection) {
-  const auto& table = SectionTable::DEFAULT_SUB_KEYS;
-  ASSERT_EQ(std::size(table), static_cast<std::size_t>(Key::LAST_SUB_KEY) + 1);
-  // The rows' order against the enumeration shows through the groups and section names that
-  // the other tests and the tool's tests use (GENERAL, ECO, SED, PPLQ, DCS).
-
-  std::set<std::string> enum_names, group_names;
-  for (int i = 0; i <= Key::LAST_SUB_KEY; ++i) {
-    SCOPED_TRACE(i);
-    ASSERT_NE(table[i].enum_name, nullptr);
-    ASSERT_NE(table[i].sub_key_name, nullptr);
-    EXPECT_TRUE(enum_names.insert(table[i].enum_name).second) << "repeated " << table[i].enum_name;
-    const bool names_no_section =
-        i == Key::NO_MAIN_KEY || i == Key::NO_SUB_KEY || i == Key::LAST_SUB_KEY;
-    EXPECT_EQ(table[i].sub_key_name[0] == '\0', names_no_section) << table[i].enum_name;
-    if (!names_no_section) {
-      EXPECT_TRUE(group_names.insert(table[i].sub_key_name).second)
-          << "repeated " << table[i].sub_key_name;
-      // Each section's view stands in the table's group.
-      EXPECT_EQ(Key(static_cast<Key::SUB_KEY>(i), "25.1", nullptr).group(),
-                QString("25.1_pro/") + table[i].sub_key_name);
-    }
-  }
-}
-
-TEST_F(RegistryKeyTest, LibraryRegistersItsMemoryInitialiser) {
-  EXPECT_EQ(MEM_INITIALIZER::live_count("CFGQ"), 1);
 }
 
 TEST_F(RegistryKeyDeathTest, SectionOutOfRangeIsAnInternalError) {
