@@ -35,8 +35,10 @@ struct file_state {
   }
 };
 
-// A look at `path`, following links or not.
+// A look at `path` (or at `native`, the path in the file system's encoding), following links
+// or not.
 file_state state_of(const QString& path, bool follow_links);
+file_state state_of(const QByteArray& native, bool follow_links);
 
 // The path that `path` finally names: each symbolic link along the last component replaced by
 // its target (relative targets taken from the link's directory), also when the last target does

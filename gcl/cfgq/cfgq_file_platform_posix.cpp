@@ -65,12 +65,15 @@ void set_why(QString* why, int error) {
 
 }  // namespace
 
-file_state state_of(const QString& path, bool follow_links) {
+file_state state_of(const QByteArray& native, bool follow_links) {
   struct stat st {};
-  const QByteArray native = QFile::encodeName(path);
   const int result = follow_links ? ::stat(native.constData(), &st) : ::lstat(native.constData(), &st);
   if (result != 0) return {};
   return from_stat(st);
+}
+
+file_state state_of(const QString& path, bool follow_links) {
+  return state_of(QFile::encodeName(path), follow_links);
 }
 
 QString final_target(const QString& path) {

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QLockFile>
 #include <QRandomGenerator>
@@ -87,6 +88,10 @@ file_state state_of(const QString& path, bool follow_links) {
   state.changed_ns = to_ms(info.ftLastWriteTime) * 1'000'000;
   state.mode = (info.dwFileAttributes & FILE_ATTRIBUTE_READONLY) ? 0400 : 0600;
   return state;
+}
+
+file_state state_of(const QByteArray& native, bool follow_links) {
+  return state_of(QFile::decodeName(native), follow_links);
 }
 
 QString final_target(const QString& path) {

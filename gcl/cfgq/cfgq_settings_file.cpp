@@ -42,6 +42,7 @@ struct cfgq_file_generation {
 // One real file of the process.
 struct cfgq_file_record {
   QString real;     // the file's final path
+  QByteArray native;  // the same in the file system's encoding
   bool shared = true;  // other processes use it (the temporary file is this process's alone)
   std::mutex mutex;    // guards the fields below; held across each locked write
   std::shared_ptr<cfgq_file_generation> current;
@@ -104,14 +105,19 @@ process_directory& private_dir() {
 class file_records {
  public:
   std::shared_ptr<cfgq_file_record> find_or_make(const QString& real, bool shared) {
+    // Records live as long as the process: each thread remembers the one it used last.
+    thread_local std::shared_ptr<cfgq_file_record> last;
+    if (last && last->real == real) return last;
     std::lock_guard<std::mutex> lock(m_mutex);
     std::shared_ptr<cfgq_file_record>& record = m_records[real];
     if (!record) {
       record = std::make_shared<cfgq_file_record>();
       record->real = real;
+      record->native = QFile::encodeName(real);
       record->shared = shared;
       record->number = private_dir().next_number();
     }
+    last = record;
     return record;
   }
 
@@ -521,7 +527,14 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     guard = std::unique_lock<std::mutex>(record->mutex);
     cfgq_secure_temporary_file(path);
   }
-  const platform::file_state seen = platform::state_of(path, false);
+  // Each thread remembers the last path it looked at in the file system's encoding.
+  thread_local QString last_path;
+  thread_local QByteArray last_native;
+  if (last_path != path) {
+    last_native = QFile::encodeName(path);
+    last_path = path;
+  }
+  const platform::file_state seen = platform::state_of(last_native, false);
   const QString real = seen.link ? platform::final_target(path) : path;
   platform::file_state state = seen.link ? platform::state_of(real, true) : seen;
   if (state.exists && !state.regular) {
@@ -583,7 +596,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     // Qt takes the file's stamp after reading its content: when the file changed meanwhile, Qt
     // may hold the old content under the new stamp and would never read it again. Objects on a
     // new alias read it afresh.
-    const platform::file_state after = platform::state_of(real, true);
+    const platform::file_state after = platform::state_of(record->native, true);
     if (after.same_as(state)) {
       generation->known = state;
       generation->known_valid = true;
@@ -598,7 +611,14 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
 }
 
 void cfgq_settings_file::set_aside_damaged(const QString& path) {
-  const platform::file_state seen = platform::state_of(path, false);
+  // Each thread remembers the last path it looked at in the file system's encoding.
+  thread_local QString last_path;
+  thread_local QByteArray last_native;
+  if (last_path != path) {
+    last_native = QFile::encodeName(path);
+    last_path = path;
+  }
+  const platform::file_state seen = platform::state_of(last_native, false);
   const QString real = seen.link ? platform::final_target(path) : path;
   const platform::file_state state = platform::state_of(real, true);
   if (!state.exists || !state.regular) return;
