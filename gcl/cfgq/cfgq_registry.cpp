@@ -16,7 +16,7 @@ namespace {
 // The settings format the running library writes; a main key with an older (or no) marker was
 // written by tools before the first migration of this version and is started afresh.
 constexpr int CURRENT_REGISTRY_VERSION = 27;
-const QString registry_version_name = QStringLiteral("Registry_version");
+const QString registry_version_name = QString::fromLatin1(cfgq_registry_version_name);
 
 struct NON_MIGRATED_KEY {
   CFGQ_REGISTRY_KEY::SUB_KEY sub_key;

@@ -548,7 +548,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
   }
   if (state.exists && state.size > max_file_bytes) {
     QString why;
-    if (!set_aside(*record, state, ".large", max_file_bytes, &why)) {
+    if (!set_aside(*record, state, cfgq_large_suffix, max_file_bytes, &why)) {
       // Never loaded, never replaced: the view holds nothing until the lock is free.
       auto generation = void_generation(why);
       return std::unique_ptr<cfgq_settings_file>(
@@ -625,7 +625,7 @@ void cfgq_settings_file::set_aside_damaged(const QString& path) {
   std::shared_ptr<cfgq_file_record> record = records().find_or_make(real, true);
   std::lock_guard<std::mutex> guard(record->mutex);
   QString why;
-  if (!set_aside(*record, state, ".corrupt", -1, &why)) {
+  if (!set_aside(*record, state, cfgq_corrupt_suffix, -1, &why)) {
     cfgq_debug("Could not set aside " + real.toStdString() + ": " + why.toStdString());
   }
 }

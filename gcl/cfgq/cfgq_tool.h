@@ -8,6 +8,7 @@
 #include <QString>
 
 #include "cfgq_export.h"
+#include "cfgq_limits.h"
 
 // The settings file that a view opened now would use (the profile's korvel2.kreg, or the
 // process's temporary file in an isolated run).

@@ -229,9 +229,9 @@ struct set_aside_kind {
 };
 
 const set_aside_kind set_aside_kinds[] = {
-    {".format-error", "had format errors; a byte-exact copy was kept as %1"},
-    {".corrupt", "could not be loaded; it was set aside as %1 and the settings start empty"},
-    {".large", "had grown past 10,000,000 bytes; it was set aside as %1 and the settings start "
+    {cfgq_format_error_suffix, "had format errors; a byte-exact copy was kept as %1"},
+    {cfgq_corrupt_suffix, "could not be loaded; it was set aside as %1 and the settings start empty"},
+    {cfgq_large_suffix, "had grown past 10,000,000 bytes; it was set aside as %1 and the settings start "
                "empty"},
 };
 

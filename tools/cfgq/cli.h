@@ -13,6 +13,7 @@
 #include <QStringList>
 
 #include "cfgq.h"
+#include "cfgq_tool.h"
 
 namespace cli {
 
@@ -22,10 +23,6 @@ constexpr int exit_absent = 1;  // the value, section or file looked up is not t
 constexpr int exit_usage = 2;   // bad command line or bad input (unknown command, bad JSON, ...)
 constexpr int exit_failed = 3;  // a file could not be read or written
 
-// The library refuses values whose text form has this many UTF-16 code units or more.
-constexpr qsizetype max_value_utf16_units = 10'000'000;
-// The library sets aside a settings file of more than this many bytes when it opens it.
-constexpr qint64 max_file_bytes = 10'000'000;
 
 // Writes UTF-8 text (or raw bytes) to standard output. A failed write is remembered for
 // finish_output.

@@ -125,7 +125,7 @@ void check_lock(const QString& path, report* out) {
 }
 
 void check_set_aside_copies(const QString& path, report* out) {
-  for (const char* suffix : {".large", ".corrupt", ".format-error"}) {
+  for (const char* suffix : {cfgq_large_suffix, cfgq_corrupt_suffix, cfgq_format_error_suffix}) {
     const QFileInfo copy(path + QLatin1String(suffix));
     if (!copy.exists()) continue;
     out->finding(copy.filePath(),

@@ -15,7 +15,8 @@ namespace cli {
 namespace {
 
 // Suffixes of set-aside copies: too large to open, failed to load, read with format errors.
-const char* const set_aside_suffixes[] = {".large", ".corrupt", ".format-error"};
+const char* const set_aside_suffixes[] = {cfgq_large_suffix, cfgq_corrupt_suffix,
+                                          cfgq_format_error_suffix};
 
 // What a raw settings object finds in a set-aside copy. It is not the live file, so the view's
 // size check and recovery don't apply; a copy that makes QSettings throw is reported unreadable.

@@ -23,7 +23,7 @@ QString file_state(const QString& path) {
 
 // The key at a main key's top that says its format is current: the migration writes it, so it
 // is not a setting and `show` leaves it out.
-const QString marker_name = QStringLiteral("Registry_version");
+const QString marker_name = QString::fromLatin1(cfgq_registry_version_name);
 
 QString missing_section_why(const QString& section, const QString& main_key) {
   return QStringLiteral("no settings under '%1' in %2%3")

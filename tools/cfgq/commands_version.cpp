@@ -14,7 +14,7 @@
 namespace cli {
 namespace {
 
-const QString marker_name = QStringLiteral("Registry_version");
+const QString marker_name = QString::fromLatin1(cfgq_registry_version_name);
 
 // The running main key's values apart from the format marker.
 struct main_key_state {

@@ -1,0 +1,17 @@
+// The limits, marker and suffixes that the library and the cfgq tool share: one source for each.
+#pragma once
+
+#include <QtGlobal>
+
+// Settings files above this many bytes are set aside as ".large" and never loaded.
+constexpr qint64 max_file_bytes = 10'000'000;
+// A value whose text form has this many UTF-16 code units or more is not stored.
+constexpr qsizetype max_value_utf16_units = 10'000'000;
+
+// Appended to the settings file's path for the copies set aside beside it.
+constexpr const char* cfgq_large_suffix = ".large";
+constexpr const char* cfgq_corrupt_suffix = ".corrupt";
+constexpr const char* cfgq_format_error_suffix = ".format-error";
+
+// The value at the root of a main key that marks it as filled by migration.
+constexpr const char* cfgq_registry_version_name = "Registry_version";
