@@ -26,6 +26,16 @@ struct tool_result {
   QByteArray out_bytes;
 };
 
+// A command, its exit status, and text in standard output (status 0) or standard error.
+struct row {
+  QStringList args;
+  int status;
+  QString part;
+};
+
+std::string text(const QString& s) { return s.toStdString(); }
+std::string text(const QStringList& args) { return args.join(QLatin1Char(' ')).toStdString(); }
+
 class CliTest : public cfgq_test::SettingsTest {
  protected:
   tool_result run(const QStringList& args, const QList<QPair<QString, QString>>& env = {},
@@ -46,109 +56,67 @@ class CliTest : public cfgq_test::SettingsTest {
     process.start(program, args);
     process.write(input);
     process.closeWriteChannel();  // standard input is a pipe, never a terminal
-    EXPECT_TRUE(process.waitForFinished(60'000)) << args.join(QLatin1Char(' ')).toStdString();
+    EXPECT_TRUE(process.waitForFinished(60'000)) << text(args);
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
     const QByteArray out = process.readAllStandardOutput();
     return {process.exitCode(), QString::fromUtf8(out),
             QString::fromUtf8(process.readAllStandardError()), out};
   }
 
+  // Each row's status and text; a failure is one "cfgq: " line on standard error, nothing else.
+  void expect_rows(const std::vector<row>& rows) const {
+    for (const row& c : rows) {
+      SCOPED_TRACE(text(c.args));
+      const tool_result r = run(c.args);
+      EXPECT_EQ(r.status, c.status) << text(r.err);
+      EXPECT_TRUE((c.status == 0 ? r.out : r.err).contains(c.part)) << text(r.out + r.err);
+      if (c.status == 0) continue;
+      EXPECT_TRUE(r.err.startsWith(QLatin1String("cfgq: ")) && r.err.count(QLatin1Char('\n')) == 1) << text(r.err);
+      EXPECT_TRUE(r.out.isEmpty());
+    }
+  }
+
   // A profile with two sections, a subgroup and another version's main key.
   void write_populated_profile() const {
-    write_profile_file(
-        "[25.1_pro]\nRegistry_version=27\nGeneral\\Show_tips=Yes\nGeneral\\Width=640\n"
-        "General\\Dialogs\\Find=300\nPin_Planner\\Filter=all pins\n"
-        "[24.3_pro]\nGeneral\\Show_tips=No\n");
+    write_profile_file("[25.1_pro]\nRegistry_version=27\nGeneral\\Show_tips=Yes\nGeneral\\Width=640\n"
+        "General\\Dialogs\\Find=300\nPin_Planner\\Filter=all pins\n" "[24.3_pro]\nGeneral\\Show_tips=No\n");
   }
 };
 
-std::string text(const QString& s) { return s.toStdString(); }
-
 TEST_F(CliTest, UsageErrorsExitTwoWithOneErrorLine) {
-  const struct {
-    QStringList args;
-    const char* message;
-  } cases[] = {
-      {{}, "cfgq: command: missing"},
-      {{"frobnicate"}, "cfgq: frobnicate: unknown command"},
-      {{"delete", "General", "k"}, "cfgq: delete: unknown command (did you mean unset?)"},
-      {{"sets", "General", "k", "v"}, "cfgq: sets: unknown command (did you mean set?)"},
-      {{"set", "General", "Off", "-5"}, "Unknown option '5'. (if '-5' is a value, put -- before the arguments: cfgq set -- General Off -5)"},
-      {{"set", "General", "k", "v", "--value-file", "f"}, "cfgq: set General/k: give VALUE or --value-file, not both"},
-      {{"--bogus"}, "cfgq: --bogus: unknown option"},
-      {{"help", "nosuch"}, "cfgq: nosuch: unknown command"},
-      {{"get", "General"}, "cfgq: get: missing argument (usage: cfgq get SECTION KEY [--json]"},
-      {{"get", "General", "a", "b"}, "cfgq: get: unexpected argument 'b'"},
-      {{"set", "General", "k"}, "cfgq: set: missing argument"},
-      {{"show", "--bogus"}, "cfgq: show: Unknown option 'bogus'"},
-      {{"get", "NO_SUB_KEY", "k"}, "cfgq: get: NO_SUB_KEY names no section"},
-      {{"keys", "LAST_SUB_KEY"}, "cfgq: keys: LAST_SUB_KEY names no section"},
-      {{"get", "General", "//"}, "cfgq: get: a key name must not be empty"},
-      {{"clear", "/"}, "cfgq: clear: a section name must not be empty"},
-      {{"set", "General", "k", "[1", "--json"}, "cfgq: set General/k: not a JSON value"},
-      {{"set", "General", "k", "{\"@bytes\": 1}", "--json"}, "@bytes needs base64 text"},
-      {{"recover", "--merge", "/nonexistent/copy"}, "cfgq: recover --merge /nonexistent/copy: no such file"},
-      {{"setenv", "1X", "v"}, "cfgq: setenv 1X: not a variable name"},
-      {{"keys", "General", "--main-key", "25.1_pro/General"}, "cfgq: keys: --main-key '25.1_pro/General' is not a main key"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(text(c.args.join(QLatin1Char(' '))));
-    const tool_result r = run(c.args);
-    EXPECT_EQ(r.status, 2);
-    EXPECT_TRUE(r.err.startsWith(QLatin1String("cfgq: ")));
-    EXPECT_EQ(r.err.count(QLatin1Char('\n')), 1) << text(r.err);
-    EXPECT_TRUE(r.err.contains(QLatin1String(c.message))) << text(r.err);
-    EXPECT_TRUE(r.out.isEmpty());
-  }
+  expect_rows({
+      {{}, 2, "cfgq: command: missing"},
+      {{"frobnicate"}, 2, "cfgq: frobnicate: unknown command"},
+      {{"delete", "General", "k"}, 2, "cfgq: delete: unknown command (did you mean unset?)"},
+      {{"set", "General", "Off", "-5"}, 2, "Unknown option '5'. (if '-5' is a value, put -- before the arguments: cfgq set -- General Off -5)"},
+      {{"set", "General", "k", "v", "--value-file", "f"}, 2, "cfgq: set General/k: give VALUE or --value-file, not both"},
+      {{"--bogus"}, 2, "cfgq: --bogus: unknown option"},
+      {{"get", "General"}, 2, "cfgq: get: missing argument (usage: cfgq get SECTION KEY [--json]"},
+      {{"get", "General", "a", "b"}, 2, "cfgq: get: unexpected argument 'b'"},
+      {{"show", "--bogus"}, 2, "cfgq: show: Unknown option 'bogus'"},
+      {{"get", "NO_SUB_KEY", "k"}, 2, "cfgq: get: NO_SUB_KEY names no section"},
+      {{"get", "General", "//"}, 2, "cfgq: get: a key name must not be empty"},
+      {{"clear", "/"}, 2, "cfgq: clear: a section name must not be empty"},
+      {{"set", "General", "k", "[1", "--json"}, 2, "cfgq: set General/k: not a JSON value"},
+      {{"set", "General", "k", "{\"@bytes\": 1}", "--json"}, 2, "@bytes needs base64 text"},
+      {{"recover", "--merge", "/nonexistent/copy"}, 2, "cfgq: recover --merge /nonexistent/copy: no such file"},
+      {{"setenv", "1X", "v"}, 2, "cfgq: setenv 1X: not a variable name"},
+      {{"keys", "General", "--main-key", "25.1_pro/General"}, 2, "cfgq: keys: --main-key '25.1_pro/General' is not a main key"},
+  });
   EXPECT_FALSE(QFileInfo::exists(profile_file()));
 }
 
-TEST_F(CliTest, HelpForTheToolAndEveryCommand) {
-  const tool_result tool = run({"--help"});
-  EXPECT_EQ(tool.status, 0);
-  const QStringList commands = {"path", "show", "get", "set", "unset", "keys", "clear", "sections",
-                                "export", "import", "recover", "migrate", "reset", "setenv"};
-  for (const QString& command : commands) {
-    SCOPED_TRACE(text(command));
-    EXPECT_TRUE(tool.out.contains(QStringLiteral("\n  ") + command)) << text(tool.out);
+TEST_F(CliTest, HelpVersionAndAnEmptyProfile) {
+  for (const char* command : {"get", "export", "recover", "setenv"}) {
     const tool_result help = run({"help", command});
-    const tool_result option = run({command, "--help"});
-    EXPECT_EQ(help.status, 0);
-    EXPECT_EQ(option.status, 0);
-    EXPECT_TRUE(help.out.startsWith(QStringLiteral("Usage: cfgq ") + command)) << text(help.out);
-    EXPECT_EQ(help.out, option.out);
-    EXPECT_TRUE(help.out.contains(QLatin1String("Exit status: 0")));
+    EXPECT_TRUE(help.status == 0 && help.out.startsWith(QStringLiteral("Usage: cfgq ") + command)) << text(help.out);
+    EXPECT_EQ(help.out, run({command, "--help"}).out);
   }
-  EXPECT_TRUE(tool.out.contains(QLatin1String("cfgq: <what failed>: <why>")));
-}
-
-TEST_F(CliTest, VersionNamesTheRunningVersionAndItsMainKey) {
-  const struct {
-    const char* version;
-    const char* switches;
-    const char* main_key;
-  } cases[] = {
-      {"25.1", "", "25.1_pro"},
-      {"24.3", "", "24.3_pro"},
-      {"24.3", "separate_settings_for_64_bit", "24.3_64-Bit_pro"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.main_key);
-    const tool_result r = run({"--version"}, {{"KORVEL_VERSION", c.version}, {"KORVEL_CONFIG_ON", c.switches}});
-    EXPECT_EQ(r.status, 0);
-    EXPECT_TRUE(r.out.contains(QStringLiteral("suite version: %1\n").arg(c.version))) << text(r.out);
-    EXPECT_TRUE(r.out.contains(QStringLiteral("main key: %1\n").arg(c.main_key))) << text(r.out);
-    EXPECT_TRUE(r.out.contains(profile_file()));
-  }
-}
-
-TEST_F(CliTest, CommandsOnAnEmptyProfileReadNothingAndCreateNothing) {
-  const struct {
-    QStringList args;
-    int status;
-    const char* output;  // expected in standard output, or in standard error for status 1
-  } cases[] = {
-      {{"show"}, 0, "No settings are stored yet for 25.1_pro.\nSettings file: "},
+  const tool_result version = run({"--version"}, {{"KORVEL_VERSION", "24.3"}, {"KORVEL_CONFIG_ON", "separate_settings_for_64_bit"}});
+  EXPECT_TRUE(version.out.contains("suite version: 24.3\nmain key: 24.3_64-Bit_pro\n")) << text(version.out);
+  expect_rows({
+      {{"--version"}, 0, "main key: 25.1_pro\n"},
+      {{"show"}, 0, "No settings are stored yet for 25.1_pro.\nSettings file: " + profile_file() + " (not created yet)"},
       {{"show", "--all"}, 0, "No settings are stored yet."},
       {{"show", "General"}, 1, "cfgq: show General: no settings under 'General' in 25.1_pro\n"},
       {{"show", "--json"}, 0, "{\n}\n"},
@@ -161,68 +129,46 @@ TEST_F(CliTest, CommandsOnAnEmptyProfileReadNothingAndCreateNothing) {
       {{"sections"}, 0, "GENERAL             General                           -\n"},
       {{"export"}, 0, "\"settings\": {\n    }"},
       {{"recover"}, 0, "No set-aside copies beside"},
-      {{"path"}, 0, ""},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(text(c.args.join(QLatin1Char(' '))));
-    const tool_result r = run(c.args);
-    EXPECT_EQ(r.status, c.status) << text(r.err);
-    EXPECT_TRUE((c.status == 0 ? r.out : r.err).contains(QLatin1String(c.output))) << text(r.out + r.err);
-  }
+  });
   EXPECT_EQ(run({"path"}).out, profile_file() + QLatin1Char('\n'));
-  EXPECT_TRUE(run({"show"}).out.contains(profile_file() + QStringLiteral(" (not created yet)")));
   EXPECT_FALSE(QFileInfo::exists(profile_file()));
 }
 
 TEST_F(CliTest, CommandsOnAPopulatedProfile) {
   write_populated_profile();
   // The migration marker is no setting: show leaves it out.
-  const tool_result show = run({"show"});
-  EXPECT_EQ(show.out,
-            "[25.1_pro]\n  [General]\n    Show_tips = Yes\n    Width = 640\n"
+  EXPECT_EQ(run({"show"}).out, "[25.1_pro]\n  [General]\n    Show_tips = Yes\n    Width = 640\n"
             "    [Dialogs]\n      Find = 300\n  [Pin_Planner]\n    Filter = all pins\n");
-  EXPECT_EQ(run({"show", "PPLQ"}).out, "[25.1_pro/Pin_Planner]\n  Filter = all pins\n");
-  EXPECT_EQ(run({"show", "GENERAL/Dialogs"}).out, "[25.1_pro/General/Dialogs]\n  Find = 300\n");
   const tool_result all = run({"show", "--all"});
   EXPECT_TRUE(all.out.contains(QLatin1String("[24.3_pro]\n  [General]\n    Show_tips = No\n"))) << text(all.out);
   EXPECT_TRUE(all.out.contains(QLatin1String("[25.1_pro]  (running version)")));
   EXPECT_FALSE(all.out.contains(QLatin1String("Registry_version")));
-
-  EXPECT_EQ(run({"get", "General", "Show_tips"}).out, "Yes\n");
-  EXPECT_EQ(run({"get", "General", "Show_tips", "--main-key", "24.3_pro", "--default", "x"}).out, "No\n");
-  EXPECT_EQ(run({"get", "General", "Dialogs/Find"}).out, "300\n");
-  // Only a group's own keys are values: the subgroup itself is not one.
-  EXPECT_EQ(run({"get", "General", "Dialogs"}).status, 1);
-  EXPECT_EQ(run({"keys", "General"}).out, "Dialogs/Find\nShow_tips\nWidth\n");
-  EXPECT_TRUE(run({"sections"}).out.contains(QLatin1String("PPLQ                Pin_Planner                       1\n")));
-
-  const tool_result clear = run({"clear", "General"});
-  EXPECT_EQ(clear.out, "Removed 3 values from 25.1_pro/General.\n");
-  EXPECT_FALSE(raw_value("25.1_pro/General/Show_tips").isValid());
+  expect_rows({
+      {{"show", "PPLQ"}, 0, "[25.1_pro/Pin_Planner]\n  Filter = all pins\n"},
+      {{"show", "GENERAL/Dialogs"}, 0, "[25.1_pro/General/Dialogs]\n  Find = 300\n"},
+      {{"get", "General", "Show_tips", "--main-key", "24.3_pro", "--default", "x"}, 0, "No\n"},
+      {{"get", "General", "Dialogs/Find"}, 0, "300\n"},
+      {{"get", "General", "Dialogs"}, 1, "cfgq: get General/Dialogs: "},  // the subgroup itself is no value
+      {{"keys", "General"}, 0, "Dialogs/Find\nShow_tips\nWidth\n"},
+      {{"sections"}, 0, "PPLQ                Pin_Planner                       1\n"},
+      // Mistyped sections and keys get a hint.
+      {{"get", "Generall", "Show_tips"}, 1, "cfgq: get Generall/Show_tips: no settings under 'Generall' in 25.1_pro (did you mean 'General'?)\n"},
+      {{"show", "Pin_Planer/x"}, 1, "no settings under 'Pin_Planer/x' in 25.1_pro (did you mean 'Pin_Planner/x'?)"},
+      {{"keys", "Recent_File"}, 1, "(did you mean 'Recent_Files'?)"},
+      {{"get", "General", "Show_tip"}, 1, "cfgq: get General/Show_tip: not set in 25.1_pro (did you mean 'General/Show_tips'?)\n"},
+      {{"unset", "General", "Dialogs/Fnd"}, 1, "(did you mean 'General/Dialogs/Find'?)"},
+      {{"get", "General", "Colour"}, 1, "cfgq: get General/Colour: not set in 25.1_pro\n"},
+      {{"unset", "General", "Dialogs/Find", "--main-key", "24.3_pro"}, 1, "cfgq: unset General/Dialogs/Find: "},
+      {{"unset", "GENERAL", "Width"}, 0, ""},
+  });
+  EXPECT_EQ(run({"set", "General", "Dialogs", "a key with the group's name"}).status, 0);
+  EXPECT_EQ(run({"unset", "General", "Dialogs"}).status, 0);
+  EXPECT_EQ(listing(QStringLiteral("25.1_pro")),
+            (QStringList{"General/Dialogs/Find=300", "General/Show_tips=Yes", "Pin_Planner/Filter=all pins",
+                         "Registry_version=27"}));
+  EXPECT_EQ(run({"clear", "General"}).out, "Removed 2 values from 25.1_pro/General.\n");
   EXPECT_EQ(raw_value("25.1_pro/Pin_Planner/Filter").toString(), "all pins");
   EXPECT_EQ(raw_value("24.3_pro/General/Show_tips").toString(), "No");
-}
-
-TEST_F(CliTest, MistypedSectionsAndKeysGetAHint) {
-  write_populated_profile();
-  const struct {
-    QStringList args;
-    const char* message;
-  } cases[] = {
-      {{"get", "Generall", "Show_tips"}, "cfgq: get Generall/Show_tips: no settings under 'Generall' in 25.1_pro (did you mean 'General'?)\n"},
-      {{"get", "general", "Show_tips"}, "(did you mean 'General'?)"},
-      {{"show", "Pin_Planer/x"}, "no settings under 'Pin_Planer/x' in 25.1_pro (did you mean 'Pin_Planner/x'?)"},
-      {{"keys", "Recent_File"}, "(did you mean 'Recent_Files'?)"},
-      {{"get", "General", "Show_tip"}, "cfgq: get General/Show_tip: not set in 25.1_pro (did you mean 'General/Show_tips'?)\n"},
-      {{"unset", "General", "Dialogs/Fnd"}, "(did you mean 'General/Dialogs/Find'?)"},
-      {{"get", "General", "Colour"}, "cfgq: get General/Colour: not set in 25.1_pro\n"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(text(c.args.join(QLatin1Char(' '))));
-    const tool_result r = run(c.args);
-    EXPECT_EQ(r.status, 1);
-    EXPECT_TRUE(r.err.contains(QLatin1String(c.message))) << text(r.err);
-  }
 }
 
 // What scripts read: JSON in the export notation and NUL-terminated items.
@@ -239,14 +185,12 @@ TEST_F(CliTest, ListingsForScripts) {
       {{"show", "PPLQ", "--null"}, "Filter\0all pins\0"s},
       {{"show", "General/Dialogs", "--json"}, "{\n    \"Find\": 300\n}\n"},
       {{"show", "--json", "--main-key", "24.3_pro"}, "{\n    \"General\": {\n        \"Show_tips\": \"No\"\n    }\n}\n"},
-      {{"show", "General", "--all", "-z"},
-       "24.3_pro/General/Show_tips\0No\0" "25.1_pro/General/Dialogs/Find\0" "300\0"
-       "25.1_pro/General/Show_tips\0Yes\0" "25.1_pro/General/Width\0" "640\0"
-       "25.1_pro/General/two\nlines\0a\nb\0"s},
+      {{"show", "General", "--all", "-z"}, "24.3_pro/General/Show_tips\0No\0" "25.1_pro/General/Dialogs/Find\0" "300\0"
+       "25.1_pro/General/Show_tips\0Yes\0" "25.1_pro/General/Width\0" "640\0" "25.1_pro/General/two\nlines\0a\nb\0"s},
       {{"show", "PPLQ", "--all", "--json"}, "{\n    \"25.1_pro\": {\n        \"Filter\": \"all pins\"\n    }\n}\n"},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(text(c.args.join(QLatin1Char(' '))));
+    SCOPED_TRACE(text(c.args));
     const tool_result r = run(c.args);
     EXPECT_EQ(r.status, 0) << text(r.err);
     EXPECT_EQ(r.out_bytes.toStdString(), c.out);
@@ -269,10 +213,9 @@ TEST_F(CliTest, WritesThatFailExitThreeWithPathAndReason) {
       {{"export", "-o", home() + "/null.json"}, "", QStringLiteral("cfgq: export: %1/null.json: not a regular file\n").arg(home())},
       {{"export"}, "/dev/full", "cfgq: export: standard output: No space left on device\n"},
       {{"get", "General", "Show_tips"}, "/dev/full", "cfgq: get: standard output: No space left on device\n"},
-      {{"show", "--all"}, "/dev/full", "cfgq: show: standard output: No space left on device\n"},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(text(c.args.join(QLatin1Char(' '))));
+    SCOPED_TRACE(text(c.args));
     const tool_result r = run(c.args, {}, {}, QString::fromLatin1(c.output_file));
     EXPECT_EQ(r.status, 3);
     EXPECT_EQ(r.err, c.message);
@@ -281,10 +224,9 @@ TEST_F(CliTest, WritesThatFailExitThreeWithPathAndReason) {
   if (geteuid() == 0) GTEST_SKIP() << "root may write any file";
   ASSERT_TRUE(QFile::setPermissions(profile_file(), QFile::ReadOwner));
   const QByteArray before = profile_bytes();
-  for (const QStringList& args : {QStringList{"set", "General", "k", "v"}, QStringList{"unset", "General", "Width"},
-                                  QStringList{"clear", "General"}, QStringList{"reset", "--yes"},
-                                  QStringList{"migrate", "--yes"}}) {
-    SCOPED_TRACE(text(args.join(QLatin1Char(' '))));
+  for (const QStringList& args : {QStringList{"set", "General", "k", "v"}, QStringList{"clear", "General"},
+                                  QStringList{"reset", "--yes"}, QStringList{"migrate", "--yes"}}) {
+    SCOPED_TRACE(text(args));
     const tool_result r = run(args);
     EXPECT_EQ(r.status, 3);
     EXPECT_TRUE(r.err.contains(profile_file() + QStringLiteral(": no permission to write it"))) << text(r.err);
@@ -298,7 +240,6 @@ TEST_F(CliTest, ASettingsWriteTheLibraryReportsFailedExitsThree) {
   if (geteuid() != 0 || !QFileInfo::exists(QStringLiteral("/usr/bin/setpriv"))) {
     GTEST_SKIP() << "needs root to run the tool as nobody";
   }
-  // A home that nobody reaches but can't add files to, holding a file nobody may write.
   QTemporaryDir other_home(QStringLiteral("/tmp/cfgq-nobody-XXXXXX"));
   const QString file = other_home.filePath(QStringLiteral("korvel2.kreg"));
   write_file(file, "[25.1_pro]\nGeneral\\A=1\n");
@@ -317,7 +258,7 @@ TEST_F(CliTest, ASettingsWriteTheLibraryReportsFailedExitsThree) {
 }
 
 // Export to a file on a disk that fills up at every point of the new content: the file holds its
-// old bytes or all of the new ones, and a failure says why.
+// old bytes or all of the new ones, and a failure says why. A fresh file is private.
 TEST_F(CliTest, ExportOutputIsCompleteOrNotMade) {
   write_populated_profile();
   const QString dir = home() + QStringLiteral("/out");
@@ -327,7 +268,6 @@ TEST_F(CliTest, ExportOutputIsCompleteOrNotMade) {
   const QByteArray complete = run({"export"}).out_bytes;
   ASSERT_GT(complete.size(), 100);
   const QString shim = QStringLiteral(CFGQ_BINARY_DIR "/tests/libwrite_fault.so");
-  ASSERT_TRUE(QFileInfo::exists(shim));
   int failed = 0;
   for (const char* mode : {"short", "enospc"}) {
     for (qsizetype offset = 0; offset <= complete.size(); offset += offset < 16 ? 1 : 37) {
@@ -343,76 +283,48 @@ TEST_F(CliTest, ExportOutputIsCompleteOrNotMade) {
         continue;
       }
       ++failed;
-      EXPECT_EQ(r.status, 3);
       EXPECT_EQ(r.err, QStringLiteral("cfgq: export: %1: No space left on device\n").arg(backup));
       EXPECT_EQ(now, "old backup");
       EXPECT_EQ(QDir(dir).entryList(QDir::Files | QDir::Hidden), QStringList{"backup.json"});
     }
   }
   EXPECT_GT(failed, 20);
-}
-
-TEST_F(CliTest, ExportOutputIsPrivateUnlessTheFileHadAMode) {
-  const QString fresh = home() + QStringLiteral("/fresh.json");
-  const QString kept = home() + QStringLiteral("/kept.json");
-  write_file(kept, "{}");
-  ASSERT_TRUE(QFile::setPermissions(kept, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup));
-  for (const QString& file : {fresh, kept}) {
-    QProcess process;
-    process.setChildProcessModifier([] { ::umask(0); });
-    process.start(QStringLiteral(CFGQ_TOOL_PATH), {"export", "-o", file});
+  QProcess process;
+  process.setChildProcessModifier([] { ::umask(0); });
+  const QString fresh = home() + "/fresh.json";
+  for (const mode_t mode : {mode_t(0600), mode_t(0640)}) {  // a new file is private; an old one keeps its mode
+    process.start(QStringLiteral(CFGQ_TOOL_PATH), {"export", "-o", fresh});
     ASSERT_TRUE(process.waitForFinished(60'000));
-    EXPECT_EQ(process.exitCode(), 0);
+    struct stat st {};
+    ASSERT_EQ(::stat(QFile::encodeName(fresh).constData(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, mode);
+    ::chmod(QFile::encodeName(fresh).constData(), 0640);
   }
-  struct stat st {};
-  ASSERT_EQ(::stat(QFile::encodeName(fresh).constData(), &st), 0);
-  EXPECT_EQ(st.st_mode & 07777, 0600u);
-  ASSERT_EQ(::stat(QFile::encodeName(kept).constData(), &st), 0);
-  EXPECT_EQ(st.st_mode & 07777, 0640u);
 }
 
-TEST_F(CliTest, AwkwardKeysAndValuesRoundTripThroughSetAndGet) {
-  const struct {
-    const char* key;
-    const char* value;
-  } cases[] = {
-      {"with blanks", "  leading and trailing blanks  "},
-      {"k=ey", "a=b; c, d # not a comment"},
-      {"\"quoted\"", "say \"hi\" and 'bye'"},
-      {"Grüße/日本", "non-ASCII: äöü ß 日本語 😀"},
-      {"lines", "first\nsecond\r\nthird\ttab\n"},
-      {"back\\slash", "C:\\Program Files\\Korvel\\"},
-      {"@at", "@ByteArray(not bytes)"},
-      {"percent%s", "100% %s %d"},
-      {"dash", "-starts with a dash"},
-      {"empty", ""},
+TEST_F(CliTest, AwkwardAndTypedValuesRoundTripThroughSetAndGet) {
+  const char* awkward[][2] = {
+      {"with blanks", "  leading and trailing blanks  "}, {"k=ey", "a=b; c, d # not a comment"},
+      {"\"quoted\"", "say \"hi\" and 'bye'"},              {"Grüße/日本", "non-ASCII: äöü ß 日本語 😀"},
+      {"lines", "first\nsecond\r\nthird\ttab\n"},         {"back\\slash", "C:\\Program Files\\Korvel\\"},
+      {"@at", "@ByteArray(not bytes)"},                   {"percent%s", "100% %s %d"},
+      {"dash", "-starts with a dash"},                    {"empty", ""},
   };
-  for (const auto& c : cases) {
-    const QString key = QString::fromUtf8(c.key);
-    const QString value = QString::fromUtf8(c.value);
-    SCOPED_TRACE(c.key);
-    const tool_result set = run({"set", "--", "Text_Editor", key, value});
-    ASSERT_EQ(set.status, 0) << text(set.err);
-    const tool_result get = run({"get", "TEXT_EDITOR", key});
-    EXPECT_EQ(get.status, 0) << text(get.err);
-    EXPECT_EQ(get.out, value + QLatin1Char('\n'));
+  for (const auto& [key_text, value_text] : awkward) {
+    const QString key = QString::fromUtf8(key_text), value = QString::fromUtf8(value_text);
+    SCOPED_TRACE(key_text);
+    ASSERT_EQ(run({"set", "--", "Text_Editor", key, value}).status, 0);
+    EXPECT_EQ(run({"get", "TEXT_EDITOR", key}).out, value + QLatin1Char('\n'));
     EXPECT_EQ(raw_value(QStringLiteral("25.1_pro/Text_Editor/") + key).toString(), value);
   }
-}
-
-TEST_F(CliTest, SetAndGetTypedValuesInJsonNotation) {
   const struct {
     const char* json;
     QByteArray plain;  // what plain `get` prints
-  } cases[] = {
-      {"[\"a\",\"b, c\"]", "a\nb, c\n"},
-      {"640", "640\n"},
-      {"1.5", "1.5\n"},
-      {"true", "true\n"},
-      {"{\"@bytes\":\"AAH/\"}", QByteArray("\x00\x01\xff", 3)},
-      {"\"007\"", "007\n"},
+  } typed[] = {
+      {"[\"a\",\"b, c\"]", "a\nb, c\n"}, {"640", "640\n"}, {"1.5", "1.5\n"}, {"true", "true\n"},
+      {"{\"@bytes\":\"AAH/\"}", QByteArray("\x00\x01\xff", 3)}, {"\"007\"", "007\n"},
   };
-  for (const auto& c : cases) {
+  for (const auto& c : typed) {
     SCOPED_TRACE(c.json);
     ASSERT_EQ(run({"set", "General", "v", QString::fromUtf8(c.json), "--json"}).status, 0);
     EXPECT_EQ(run({"get", "General", "v", "--json"}).out, QString::fromUtf8(c.json) + QLatin1Char('\n'));
@@ -424,61 +336,43 @@ TEST_F(CliTest, ExportClearImportGivesBackTheSameFile) {
   {
     QSettings raw(profile_file(), QSettings::IniFormat);
     raw.beginGroup(QStringLiteral("25.1_pro"));
-    raw.setValue("Registry_version", 27);
-    raw.setValue("General/text", QStringLiteral("plain text"));
-    raw.setValue("General/number_text", QStringLiteral("007"));
-    raw.setValue("General/integer", 640);
-    raw.setValue("General/double", 1.25);
-    raw.setValue("General/integral_double", 1e6);
-    raw.setValue("General/flag", true);
-    raw.setValue("General/empty", QString());
-    raw.setValue("General/at", QStringLiteral("@starts with at"));
-    raw.setValue("General/list", QStringList{"a", "b, c", ""});
-    raw.setValue("General/empty_list", QStringList{});
-    raw.setValue("General/bytes", QByteArray("\x00\x01\xfe\xff text", 9));
-    raw.setValue("General/size", QSize(800, 600));
-    raw.setValue("General/time", QDateTime(QDate(2026, 11, 23), QTime(3, 4, 5), Qt::UTC));
-    raw.setValue("General/@key", QStringLiteral("a key that begins with @"));
-    raw.setValue("General/shared", QStringLiteral("a key with a group's name"));
-    raw.setValue("General/shared/inner", QStringLiteral("inside the group"));
-    raw.setValue("Pin_Planner/Deep/er/Still", QStringLiteral("äöü\nnext line"));
-    raw.setValue("Change Manager Window/x", 1);
+    const QList<QPair<const char*, QVariant>> values = {
+        {"Registry_version", 27}, {"General/text", "plain text"}, {"General/number_text", "007"},
+        {"General/integer", 640}, {"General/double", 1.25}, {"General/integral_double", 1e6},
+        {"General/flag", true}, {"General/empty", QString()}, {"General/at", "@starts with at"},
+        {"General/list", QStringList{"a", "b, c", ""}}, {"General/empty_list", QStringList{}},
+        {"General/bytes", QByteArray("\x00\x01\xfe\xff text", 9)}, {"General/size", QSize(800, 600)},
+        {"General/time", QDateTime(QDate(2026, 11, 23), QTime(3, 4, 5), Qt::UTC)},
+        {"General/@key", "a key that begins with @"}, {"General/shared", "a key with a group's name"},
+        {"General/shared/inner", "inside the group"}, {"Pin_Planner/Deep/er/Still", "äöü\nnext line"},
+        {"Change Manager Window/x", 1}};
+    for (const auto& [key, value] : values) raw.setValue(QString::fromUtf8(key), value);
   }
   const QByteArray original = profile_bytes();
   const QString backup = home() + QStringLiteral("/backup.json");
   ASSERT_EQ(run({"export", "--output", backup}).status, 0);
   for (const char* section : {"General", "PPLQ", "ECO"}) ASSERT_EQ(run({"clear", section}).status, 0);
   ASSERT_NE(profile_bytes(), original);
-
   const tool_result import = run({"import", backup});
-  EXPECT_EQ(import.status, 0) << text(import.err);
-  EXPECT_EQ(import.out, "Imported into 25.1_pro: 19 values written, 0 refused.\n");
+  EXPECT_EQ(import.out, "Imported into 25.1_pro: 19 values written, 0 refused.\n") << text(import.err);
   EXPECT_EQ(profile_bytes(), original);
 
-  // One section's export goes back to its section, or to another one.
-  const QString section_backup = home() + QStringLiteral("/pins.json");
-  ASSERT_EQ(run({"export", "Pin_Planner", "-o", section_backup}).status, 0);
-  EXPECT_EQ(run({"import", section_backup, "Memory_Editor"}).status, 0);
-  EXPECT_EQ(raw_value("25.1_pro/Memory_Editor/Deep/er/Still").toString(), "äöü\nnext line");
-  // Standard output and standard input serve as the file too.
-  const tool_result exported = run({"export", "ECO"});
-  const tool_result piped = run({"import", "-", "Wizards"}, {}, exported.out.toUtf8());
+  // One section's export goes to another section, through standard output and input.
+  const tool_result piped = run({"import", "-", "Wizards"}, {}, run({"export", "PPLQ"}).out_bytes);
   EXPECT_EQ(piped.out, "Imported into 25.1_pro/Wizards: 1 value written, 0 refused.\n") << text(piped.err);
-  EXPECT_EQ(raw_value("25.1_pro/Wizards/x").toString(), "1");
+  EXPECT_EQ(raw_value("25.1_pro/Wizards/Deep/er/Still").toString(), "äöü\nnext line");
   EXPECT_EQ(run({"import", backup, "Setup"}).status, 1);
 }
 
 TEST_F(CliTest, ImportCountsWhatTheSizeLimitRefused) {
   write_profile_file("[25.1_pro]\nGeneral\\Huge=old\n");
-  const QByteArray huge(10'000'000, 'x');
   write_file(home() + QStringLiteral("/big.json"),
              "{\"cfgq_export\": 1, \"section\": \"General\", \"settings\": {\"a\": \"1\", \"b\": [\"x\", \"y\"], "
-             "\"Huge\": \"" + huge + "\"}}");
+             "\"Huge\": \"" + QByteArray(10'000'000, 'x') + "\"}}");
   const tool_result r = run({"import", home() + QStringLiteral("/big.json")});
-  EXPECT_EQ(r.status, 0) << text(r.err);
   EXPECT_TRUE(r.out.startsWith(QLatin1String("Imported into 25.1_pro/General: 2 values written, 1 refused.\n")))
       << text(r.out.left(200));
-  EXPECT_TRUE(r.out.contains(QLatin1String("General/Huge")) || r.out.contains(QLatin1String(": Huge")));
+  EXPECT_TRUE(r.out.contains(QLatin1String("Huge")));
   EXPECT_EQ(raw_value("25.1_pro/General/Huge").toString(), "old");
   EXPECT_EQ(raw_value("25.1_pro/General/b").toStringList(), (QStringList{"x", "y"}));
 }
@@ -486,14 +380,10 @@ TEST_F(CliTest, ImportCountsWhatTheSizeLimitRefused) {
 TEST_F(CliTest, ImportRejectsBadInputAndWritesNothing) {
   write_populated_profile();
   const QByteArray before = profile_bytes();
-  const struct {
-    const char* json;
-    const char* message;
-  } cases[] = {
+  const char* cases[][2] = {
       {"{bad", "not valid JSON"},
       {"[]", "not a cfgq export"},
       {"{\"cfgq_export\": 2, \"settings\": {}}", "made by a newer cfgq (export format 2; this cfgq reads format 1)"},
-      {"{\"cfgq_export\": 1, \"settings\": []}", "not a cfgq export"},
       {"{\"cfgq_export\": 1, \"section\": 5, \"settings\": {}}", "\"section\" must name a section"},
       {"{\"cfgq_export\": 1, \"settings\": {\"G\": {\"ok\": \"1\", \"x\": {\"@bytes\": \"!!\"}}}}", "G/x: @bytes needs base64"},
       {"{\"cfgq_export\": 1, \"settings\": {\"G\": {\"@weird\": 1}}}", "unknown tag \"@weird\""},
@@ -502,33 +392,55 @@ TEST_F(CliTest, ImportRejectsBadInputAndWritesNothing) {
       {"{\"cfgq_export\": 1, \"settings\": {\"a/b\": 1}}", "must be non-empty and without \"/\""},
   };
   const QString file = home() + QStringLiteral("/in.json");
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.json);
-    write_file(file, c.json);
+  for (const auto& [json, message] : cases) {
+    SCOPED_TRACE(json);
+    write_file(file, json);
     const tool_result r = run({"import", file});
     EXPECT_EQ(r.status, 2);
-    EXPECT_TRUE(r.err.startsWith(QStringLiteral("cfgq: import %1: ").arg(file))) << text(r.err);
-    EXPECT_TRUE(r.err.contains(QLatin1String(c.message))) << text(r.err);
+    EXPECT_TRUE(r.err.startsWith(QStringLiteral("cfgq: import %1: ").arg(file)) && r.err.contains(message)) << text(r.err);
     EXPECT_EQ(profile_bytes(), before);
   }
-  const tool_result missing = run({"import", home() + QStringLiteral("/missing.json")});
-  EXPECT_EQ(missing.status, 3);
+  EXPECT_EQ(run({"import", home() + QStringLiteral("/missing.json")}).status, 3);
 }
 
-TEST_F(CliTest, ResetNeedsYesWithoutATerminal) {
+TEST_F(CliTest, ResetAndMigrateNeedYesWithoutATerminal) {
   write_populated_profile();
   const QByteArray before = profile_bytes();
   const tool_result refused = run({"reset"});
   EXPECT_EQ(refused.status, 2);
   EXPECT_EQ(refused.err, "cfgq: reset: standard input is not a terminal; add --yes to confirm\n");
   EXPECT_EQ(profile_bytes(), before);
-
-  const tool_result reset = run({"reset", "--yes"});
-  EXPECT_EQ(reset.status, 0) << text(reset.err);
-  EXPECT_EQ(reset.out, "Removed 4 values from 25.1_pro; the tools start from their defaults.\n");
+  EXPECT_EQ(run({"reset", "--yes"}).out, "Removed 4 values from 25.1_pro; the tools start from their defaults.\n");
   EXPECT_EQ(run({"keys", "General"}).status, 1);
   EXPECT_EQ(raw_value("25.1_pro/Registry_version").toString(), "27");
   EXPECT_EQ(raw_value("24.3_pro/General/Show_tips").toString(), "No");
+
+  // migrate carries an earlier version forward once.
+  write_profile_file("[24.3_pro]\nGeneral\\Show_tips=No\nGeneral\\Show_welcome_screen=No\nSetup\\Path=/opt\n");
+  EXPECT_TRUE(run({"show"}).out.contains(QLatin1String("The file holds settings of 24.3_pro")));
+  const QByteArray earlier = profile_bytes();
+  EXPECT_EQ(run({"migrate", "--dry-run"}).out,
+            "migrate would carry 24.3_pro (version 24.3) forward into 25.1_pro: 3 values, less the "
+            "few that each version keeps for itself.\n");
+  EXPECT_EQ(profile_bytes(), earlier);
+  EXPECT_EQ(run({"migrate"}).out, "Carried 2 values forward into 25.1_pro from 24.3_pro (version 24.3).\n");
+  EXPECT_EQ(run({"get", "Setup", "Path"}).out, "/opt\n");
+  EXPECT_EQ(run({"migrate"}).out, "25.1_pro is migrated already; nothing changed.\n");
+
+  // Values written before the first migration go only with a yes.
+  write_profile_file("[25.1_pro]\nGeneral\\Show_tips=Yes\n");
+  const QByteArray stale = profile_bytes();
+  EXPECT_EQ(run({"migrate", "--dry-run"}).out,
+            "25.1_pro holds 1 value written before its first migration (no current format marker); "
+            "migrate would remove it, so that the tools start from their defaults.\n");
+  const tool_result no = run({"migrate"});
+  EXPECT_EQ(no.status, 2);
+  EXPECT_TRUE(no.err.contains(QLatin1String("standard input is not a terminal: add --yes"))) << text(no.err);
+  EXPECT_EQ(profile_bytes(), stale);
+  EXPECT_EQ(run({"migrate", "--yes"}).out,
+            "Removed the 1 value that 25.1_pro held from before its first migration; the tools "
+            "start from their defaults.\n");
+  EXPECT_TRUE(run({"show"}).out.contains(QLatin1String("marked as migrated")));
 }
 
 // The confirmations need a terminal: `script` gives the tool one, fed from a pipe.
@@ -540,7 +452,6 @@ TEST_F(CliTest, ResetAndMigrateAskOnATerminal) {
     const char* question;
     const char* done;  // printed when the answer is yes
   } cases[] = {
-      {"reset", "n\n", "Remove all 4 values of 25.1_pro from ", nullptr},
       {"reset", "\n", "Remove all 4 values of 25.1_pro from ", nullptr},
       {"reset", "yes\n", "Remove all 4 values of 25.1_pro from ", "Removed 4 values from 25.1_pro"},
       {"migrate", "no\n", "25.1_pro holds 1 value written before its first migration", nullptr},
@@ -560,46 +471,9 @@ TEST_F(CliTest, ResetAndMigrateAskOnATerminal) {
                                       {}, c.answer);
     EXPECT_EQ(r.status, 0);
     EXPECT_TRUE(r.out.contains(QLatin1String(c.question))) << text(r.out);
-    if (c.done != nullptr) {
-      EXPECT_TRUE(r.out.contains(QLatin1String(c.done))) << text(r.out);
-      EXPECT_EQ(run({"keys", "General"}).status, 1);
-    } else {
-      EXPECT_TRUE(r.out.contains(QLatin1String("Nothing changed."))) << text(r.out);
-      EXPECT_EQ(profile_bytes(), before);
-    }
+    EXPECT_TRUE(r.out.contains(QLatin1String(c.done ? c.done : "Nothing changed."))) << text(r.out);
+    EXPECT_EQ(c.done ? run({"keys", "General"}).status == 1 : profile_bytes() == before, true);
   }
-}
-
-TEST_F(CliTest, MigrateCarriesAnEarlierVersionForwardOnce) {
-  write_profile_file("[24.3_pro]\nGeneral\\Show_tips=No\nGeneral\\Show_welcome_screen=No\nSetup\\Path=/opt\n");
-  EXPECT_TRUE(run({"show"}).out.contains(QLatin1String("The file holds settings of 24.3_pro")));
-  const QByteArray before = profile_bytes();
-  EXPECT_EQ(run({"migrate", "--dry-run"}).out,
-            "migrate would carry 24.3_pro (version 24.3) forward into 25.1_pro: 3 values, less the "
-            "few that each version keeps for itself.\n");
-  EXPECT_EQ(profile_bytes(), before);
-  const tool_result first = run({"migrate"});
-  EXPECT_EQ(first.status, 0);
-  EXPECT_EQ(first.out, "Carried 2 values forward into 25.1_pro from 24.3_pro (version 24.3).\n");
-  EXPECT_EQ(run({"get", "Setup", "Path"}).out, "/opt\n");
-  EXPECT_EQ(run({"migrate"}).out, "25.1_pro is migrated already; nothing changed.\n");
-
-  // Values written before the first migration go only with a yes.
-  write_profile_file("[25.1_pro]\nGeneral\\Show_tips=Yes\n");
-  const QByteArray stale = profile_bytes();
-  EXPECT_EQ(run({"migrate", "--dry-run"}).out,
-            "25.1_pro holds 1 value written before its first migration (no current format marker); "
-            "migrate would remove it, so that the tools start from their defaults.\n");
-  const tool_result refused = run({"migrate"});
-  EXPECT_EQ(refused.status, 2);
-  EXPECT_TRUE(refused.err.contains(QLatin1String("standard input is not a terminal: add --yes"))) << text(refused.err);
-  EXPECT_EQ(profile_bytes(), stale);
-  EXPECT_EQ(run({"migrate", "--yes"}).out,
-            "Removed the 1 value that 25.1_pro held from before its first migration; the tools "
-            "start from their defaults.\n");
-  const tool_result show = run({"show"});
-  EXPECT_TRUE(show.out.startsWith(QLatin1String("No settings are stored yet for 25.1_pro.\n"))) << text(show.out);
-  EXPECT_TRUE(show.out.contains(QLatin1String("marked as migrated"))) << text(show.out);
 }
 
 TEST_F(CliTest, SetTakesItsValueFromStandardInputOrAFile) {
@@ -612,23 +486,22 @@ TEST_F(CliTest, SetTakesItsValueFromStandardInputOrAFile) {
     const char* stored;  // the value read back, or the error
   } cases[] = {
       {{"set", "General", "k", "-"}, "hi\n", 0, "hi"},
-      {{"set", "General", "k", "-"}, "", 0, ""},
       {{"set", "General", "k", "--value-file", file}, "", 0, "line 1\nline 2\n"},
       {{"set", "General", "k", "-", "--json"}, "[\"a\", \"b\"]\n", 0, "a, b"},
       {{"set", "General", "k", "-"}, "bad \xff\n", 2, "cfgq: set General/k: standard input: not valid UTF-8 text\n"},
       {{"set", "General", "k", "--value-file", home() + "/none"}, "", 3, "cfgq: set General/k: "},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(text(c.args.join(QLatin1Char(' '))));
+    SCOPED_TRACE(text(c.args));
     const tool_result r = run(c.args, {}, c.input);
     EXPECT_EQ(r.status, c.status) << text(r.err);
-    if (c.status == 0) {
-      const QVariant value = raw_value(QStringLiteral("25.1_pro/General/k"));
-      EXPECT_EQ(value.metaType().id() == QMetaType::QStringList ? value.toStringList().join(", ") : value.toString(),
-                QString::fromUtf8(c.stored));
-    } else {
+    if (c.status != 0) {
       EXPECT_TRUE(r.err.startsWith(QString::fromUtf8(c.stored))) << text(r.err);
+      continue;
     }
+    const QVariant value = raw_value(QStringLiteral("25.1_pro/General/k"));
+    EXPECT_EQ(value.metaType().id() == QMetaType::QStringList ? value.toStringList().join(", ") : value.toString(),
+              QString::fromUtf8(c.stored));
   }
   // A value the command line can't carry: over 128 kB.
   write_file(file, QByteArray(300'000, 'x'));
@@ -636,33 +509,17 @@ TEST_F(CliTest, SetTakesItsValueFromStandardInputOrAFile) {
   EXPECT_EQ(raw_value(QStringLiteral("25.1_pro/General/big")).toString().size(), 300'000);
 }
 
-TEST_F(CliTest, UnsetRemovesOneValue) {
-  write_populated_profile();
-  ASSERT_EQ(run({"set", "General", "Dialogs", "a key with the group's name"}).status, 0);
-  const tool_result r = run({"unset", "GENERAL", "Width"});
-  EXPECT_EQ(r.status, 0) << text(r.err);
-  EXPECT_EQ(r.out, "");
-  EXPECT_EQ(run({"unset", "General", "Dialogs"}).status, 0);
-  EXPECT_EQ(run({"unset", "General", "Dialogs/Find", "--main-key", "24.3_pro"}).status, 1);
-  EXPECT_EQ(listing(QStringLiteral("25.1_pro")),
-            (QStringList{"General/Dialogs/Find=300", "General/Show_tips=Yes", "Pin_Planner/Filter=all pins",
-                         "Registry_version=27"}));
-}
-
 // Runs whose settings go to a temporary file say so, naming the variable that made them so.
 TEST_F(CliTest, IsolatedRunsWarnOnStandardError) {
-  for (const char* variable : {"QT_QPA_PLATFORM=minimal", "PBUILD_BUILD=1", "KORVEL_REGTEST=1"}) {
-    SCOPED_TRACE(variable);
-    const QString cause = QString::fromLatin1(variable);
-    const QList<QPair<QString, QString>> env = {{cause.section('=', 0, 0), cause.section('=', 1)}};
-    for (const QStringList& args : {QStringList{"set", "General", "k", "v"}, QStringList{"show"}}) {
-      const tool_result r = run(args, env);
-      EXPECT_EQ(r.status, 0);
-      EXPECT_TRUE(r.err.startsWith(QStringLiteral("cfgq: warning: %1 makes this an isolated run: ").arg(cause)))
-          << text(r.err);
-      EXPECT_EQ(r.err.count('\n'), 1);
-    }
-    const tool_result path = run({"path"}, env);
+  for (const auto& [name, value] : {std::pair<const char*, const char*>{"QT_QPA_PLATFORM", "minimal"},
+                                    {"PBUILD_BUILD", "1"}, {"KORVEL_REGTEST", "1"}}) {
+    SCOPED_TRACE(name);
+    const tool_result set = run({"set", "General", "k", "v"}, {{name, value}});
+    EXPECT_EQ(set.status, 0);
+    EXPECT_TRUE(set.err.startsWith(QStringLiteral("cfgq: warning: %1=%2 makes this an isolated run: ").arg(name, value)))
+        << text(set.err);
+    EXPECT_EQ(set.err.count('\n'), 1);
+    const tool_result path = run({"path"}, {{name, value}});
     EXPECT_NE(path.out, profile_file() + QLatin1Char('\n'));
     EXPECT_TRUE(path.err.contains(QLatin1String("temporary file, removed when it exits"))) << text(path.err);
   }
@@ -673,15 +530,11 @@ TEST_F(CliTest, IsolatedRunsWarnOnStandardError) {
 TEST_F(CliTest, ShowTellsTypesApart) {
   {
     QSettings raw(profile_file(), QSettings::IniFormat);
-    raw.setValue("25.1_pro/General/a_text_list", QStringLiteral("[\"a\",\"b\"]"));
-    raw.setValue("25.1_pro/General/b_list", QStringList{"a", "b"});
-    raw.setValue("25.1_pro/General/c_text_bytes", QStringLiteral("{\"@bytes\": \"AA==\"}"));
-    raw.setValue("25.1_pro/General/d_bytes", QByteArray("\x00", 1));
-    raw.setValue("25.1_pro/General/e_size", QSize(640, 480));
-    raw.setValue("25.1_pro/General/f_text_size", QStringLiteral("@Size(640 480)"));
-    raw.setValue("25.1_pro/General/g_rect", QRect(1, 2, 3, 4));
-    raw.setValue("25.1_pro/General/h_time", QDateTime(QDate(2026, 11, 23), QTime(3, 4, 5), Qt::UTC));
-    raw.setValue("25.1_pro/General/i_number", 640);
+    const QList<QPair<const char*, QVariant>> values = {
+        {"a_text_list", "[\"a\",\"b\"]"}, {"b_list", QStringList{"a", "b"}}, {"c_text_bytes", "{\"@bytes\": \"AA==\"}"},
+        {"d_bytes", QByteArray("\x00", 1)}, {"e_size", QSize(640, 480)}, {"f_text_size", "@Size(640 480)"},
+        {"g_rect", QRect(1, 2, 3, 4)}, {"h_time", QDateTime(QDate(2026, 11, 23), QTime(3, 4, 5), Qt::UTC)}, {"i_number", 640}};
+    for (const auto& [key, value] : values) raw.setValue(QStringLiteral("25.1_pro/General/") + key, value);
   }
   EXPECT_EQ(run({"show", "General"}).out,
             "[25.1_pro/General]\n  a_text_list = \"[\\\"a\\\",\\\"b\\\"]\"\n  b_list = [\"a\",\"b\"]\n"
@@ -702,21 +555,17 @@ TEST_F(CliTest, ReadsSayWhatStandsInTheSettingsFilesPlace) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.message);
-    if (c.bytes.isEmpty()) {
-      ASSERT_TRUE(QFile::remove(profile_file()) && QDir().mkdir(profile_file()));
-    } else {
-      write_profile_file(c.bytes);
-    }
-    for (const QStringList& args : {QStringList{"show"}, QStringList{"keys", "General"}, QStringList{"export"}}) {
-      const tool_result r = run(args);
+    QFile::remove(profile_file());
+    QDir().rmdir(profile_file());
+    if (c.bytes.isEmpty()) { ASSERT_TRUE(QDir().mkdir(profile_file())); } else { write_profile_file(c.bytes); }
+    for (const char* command : {"show", "export"}) {
+      const tool_result r = run({command});
       EXPECT_EQ(r.status, 3);
-      EXPECT_TRUE(r.err.startsWith(QStringLiteral("cfgq: %1: %2: %3").arg(args.first(), profile_file(), c.message)))
+      EXPECT_TRUE(r.err.startsWith(QStringLiteral("cfgq: %1: %2: %3").arg(command, profile_file(), c.message)))
           << text(r.err);
     }
-    if (c.bytes.isEmpty()) {
-      ASSERT_TRUE(QDir().rmdir(profile_file()));
-    }
   }
+  QDir().rmdir(profile_file());
   write_file(profile_file(), cfgq_test::read_bytes(QStringLiteral(CFGQ_TEST_DATA_DIR "/damaged_line_without_equals.kreg")));
   const tool_result set = run({"set", "General", "k", "v"});
   EXPECT_EQ(set.status, 0);
@@ -726,11 +575,9 @@ TEST_F(CliTest, ReadsSayWhatStandsInTheSettingsFilesPlace) {
 
 TEST_F(CliTest, DeepNestingAndUndecodableArgumentsAreNoCrash) {
   write_profile_file("[25.1_pro]\nGeneral\\" + QByteArray("g\\").repeated(25'000) + "Width=640\n");
-  for (const QStringList& args : {QStringList{"show", "--all"}, QStringList{"export"}, QStringList{"show", "--json"}}) {
-    SCOPED_TRACE(text(args.join(QLatin1Char(' '))));
-    const tool_result r = run(args);
-    EXPECT_EQ(r.status, 0) << text(r.err);
-    EXPECT_TRUE(r.out.contains(QLatin1String("Width")));
+  for (const QStringList& args : {QStringList{"show", "--all"}, QStringList{"export"}}) {
+    const tool_result deep = run(args);
+    EXPECT_TRUE(deep.status == 0 && deep.out.contains(QLatin1String("Width"))) << text(args) << text(deep.err);
   }
   const tool_result bad = run_program(QStringLiteral("/bin/sh"),
                                       {"-c", "exec \"$0\" set General \"$(printf 'k\\377')\" v", CFGQ_TOOL_PATH});
@@ -753,74 +600,41 @@ TEST_F(CliTest, RecoverListsSetAsideCopiesAndMergesOneBack) {
   EXPECT_TRUE(list.out.contains(QLatin1String("main keys: 24.3_pro, 25.1_pro (running version, 3 values)")));
   EXPECT_TRUE(list.out.contains(profile_file() + QStringLiteral(".format-error\n")));
   EXPECT_TRUE(list.out.contains(QLatin1String("main keys: 25.1_pro (running version, 2 values)")));
-  EXPECT_FALSE(list.out.contains(QLatin1String(".corrupt")));
 
   const tool_result merge = run({"recover", "--merge", "large"});
   EXPECT_EQ(merge.status, 0) << text(merge.err);
   EXPECT_TRUE(merge.out.contains(QLatin1String("restored: 2 values\n"))) << text(merge.out);
   EXPECT_TRUE(merge.out.contains(QLatin1String("kept the live value (already set): General/A\n")));
-  EXPECT_EQ(raw_value("25.1_pro/General/A").toString(), "live");
-  EXPECT_EQ(raw_value("25.1_pro/General/B").toString(), "b");
-  EXPECT_EQ(raw_value("25.1_pro/Setup/C").toString(), "c");
+  EXPECT_EQ(raw_value("25.1_pro/General/A").toString() + raw_value("25.1_pro/General/B").toString() +
+                raw_value("25.1_pro/Setup/C").toString(), "livebc");
   EXPECT_FALSE(raw_value("25.1_pro/General/D").isValid());
-
-  EXPECT_EQ(run({"recover", "--merge", profile_file()}).status, 2);
-  EXPECT_EQ(run({"recover", "--merge", "corrupt"}).status, 2);
-  EXPECT_EQ(run({"recover", "--merge", "large", "--main-key", "23.4_pro"}).status, 1);
-}
-
-TEST_F(CliTest, RecoverMergeKeepsTheLiveFileWithinTheSizeLimit) {
-  write_profile_file("[25.1_pro]\nGeneral\\A=live\n");
-  {
-    // Twelve values of 950,000 characters: together more than the file may hold.
-    QSettings large(profile_file() + QStringLiteral(".large"), QSettings::IniFormat);
-    for (int i = 0; i < 12; ++i) {
-      large.setValue(QStringLiteral("25.1_pro/Recent_Files/v%1").arg(i, 2, 10, QLatin1Char('0')),
-                     QString(950'000, QLatin1Char('a' + i)));
-    }
-    large.setValue("25.1_pro/Recent_Files/too_large", QString(10'000'000, QLatin1Char('z')));
-    large.setValue("25.1_pro/Recent_Files/small", QStringLiteral("fits"));
-  }
-  const tool_result merge = run({"recover", "--merge", "large"});
-  EXPECT_EQ(merge.status, 0) << text(merge.err);
-  EXPECT_TRUE(merge.out.contains(QLatin1String("restored: 11 values\n"))) << text(merge.out);
-  EXPECT_TRUE(merge.out.contains(QLatin1String("too large to store (10,000,000 or more UTF-16 code units): Recent_Files/too_large\n")));
-  EXPECT_TRUE(merge.out.contains(QLatin1String("would grow past 10,000,000 bytes: Recent_Files/v10, Recent_Files/v11\n")));
-  const qint64 size = QFileInfo(profile_file()).size();
-  EXPECT_LE(size, 10'000'000);
-  EXPECT_GT(size, 9'000'000);
-  // The library opens the merged file as it is, without setting it aside.
-  EXPECT_EQ(run({"get", "Recent_Files", "small"}).out, "fits\n");
-  EXPECT_EQ(run({"get", "Recent_Files", "v00"}).out.size(), 950'001);
-  // show cuts long values short.
-  const tool_result show = run({"show", "Recent_Files"});
-  EXPECT_LT(show.out.size(), 5'000);
-  EXPECT_TRUE(show.out.contains(QLatin1String("... (950,000 characters; 'cfgq get' prints it whole)\n")));
-  EXPECT_EQ(run({"get", "General", "A"}).out, "live\n");
+  expect_rows({{{"recover", "--merge", profile_file()}, 2, "cfgq: recover"},
+               {{"recover", "--merge", "corrupt"}, 2, "cfgq: recover"},
+               {{"recover", "--merge", "large", "--main-key", "23.4_pro"}, 1, "cfgq: recover"}});
 }
 
 // Escapes make the written file larger than the text: control characters, the hex digits that
-// follow them, quotes, backslashes and non-ASCII text, in keys, lists and byte arrays.
-TEST_F(CliTest, RecoverMergeEstimatesEscapedValuesWithinTheSizeLimit) {
+// follow them, quotes, backslashes and non-ASCII text, in keys, lists and byte arrays. A merge
+// stops short of the size limit, and show cuts long values short.
+TEST_F(CliTest, RecoverMergeKeepsTheLiveFileWithinTheSizeLimit) {
+  write_profile_file("[25.1_pro]\nGeneral\\A=live\n");
   const QString pattern = QString::fromUtf8("\x01" "abc123\"\\ é日\t,;=");
   const QByteArray bytes_pattern("\x00\x01" "9f\xff\"", 6);
+  const QString large = profile_file() + QStringLiteral(".large");
   {
-    QSettings large(profile_file() + QStringLiteral(".large"), QSettings::IniFormat);
+    QSettings copy(large, QSettings::IniFormat);
     for (int i = 0; i < 16; ++i) {
       const QString key = QStringLiteral("25.1_pro/Dialog_Control_State/k%1 é=\"%2\"").arg(i).arg(i);
-      if (i % 4 == 0) {
-        large.setValue(key, bytes_pattern.repeated(60'000));
-      } else if (i % 4 == 1) {
-        large.setValue(key, QStringList{pattern.repeated(20'000), pattern.repeated(20'000)});
-      } else {
-        large.setValue(key, pattern.repeated(40'000));
-      }
+      if (i % 4 == 0) copy.setValue(key, bytes_pattern.repeated(60'000));
+      else if (i % 4 == 1) copy.setValue(key, QStringList{pattern.repeated(20'000), pattern.repeated(20'000)});
+      else copy.setValue(key, pattern.repeated(40'000));
     }
+    copy.setValue("25.1_pro/Recent_Files/too_large", QString(10'000'000, QLatin1Char('z')));
   }
-  ASSERT_GT(QFileInfo(profile_file() + QStringLiteral(".large")).size(), 10'000'000);
   const tool_result merge = run({"recover", "--merge", "large"});
   EXPECT_EQ(merge.status, 0) << text(merge.err);
   EXPECT_TRUE(merge.out.contains(QLatin1String("would grow past 10,000,000 bytes"))) << text(merge.out);
+  EXPECT_TRUE(merge.out.contains(QLatin1String("too large to store (10,000,000 or more UTF-16 code units): Recent_Files/too_large\n")));
   EXPECT_FALSE(merge.out.contains(QLatin1String("restored: 0 values"))) << text(merge.out);
   // Within the limit, and the estimate is close enough that most of the room is used.
   EXPECT_LE(QFileInfo(profile_file()).size(), 10'000'000);
@@ -830,10 +644,13 @@ TEST_F(CliTest, RecoverMergeEstimatesEscapedValuesWithinTheSizeLimit) {
   EXPECT_EQ(keys.status, 0);
   for (const QString& key : keys.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
     SCOPED_TRACE(text(key));
-    EXPECT_EQ(raw_value(QStringLiteral("25.1_pro/Dialog_Control_State/") + key),
-              QSettings(profile_file() + QStringLiteral(".large"), QSettings::IniFormat)
-                  .value(QStringLiteral("25.1_pro/Dialog_Control_State/") + key));
+    const QString path = QStringLiteral("25.1_pro/Dialog_Control_State/") + key;
+    EXPECT_EQ(raw_value(path), QSettings(large, QSettings::IniFormat).value(path));
   }
+  EXPECT_EQ(run({"get", "General", "A"}).out, "live\n");
+  const tool_result show = run({"show", "DCS"});
+  EXPECT_LT(show.out.size(), 20'000);
+  EXPECT_TRUE(show.out.contains(QLatin1String("characters; 'cfgq get' prints it whole)\n"))) << text(show.out.left(2000));
 }
 
 }  // namespace
