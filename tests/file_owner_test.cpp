@@ -3,6 +3,7 @@
 // the settings file, a disk that fills up mid-write, umask 000, links to things that are not
 // files, deep nesting and bytes that are not UTF-8. Writers run as separate processes: the tool,
 // the test writer and a stock tclsh.
+#include <algorithm>
 #include <csignal>
 #include <functional>
 
@@ -323,6 +324,53 @@ TEST_F(FileOwnerTest, WriteCutShortAtAnyOffsetKeepsTheOldFile) {
       }
     }
   }
+}
+
+// The same on a real, nearly full memory file system as HOME (where this process may mount one):
+// one or two free pages, small and larger files, the tool and tclsh.
+TEST_F(FileOwnerTest, NearlyFullFileSystemKeepsTheOldFile) {
+  QTemporaryDir mount_point;
+  const QString dir = mount_point.path();
+  if (QProcess::execute("mount", {"-t", "tmpfs", "-o", "size=512k", "tmpfs", dir}) != 0) {
+    GTEST_SKIP() << "no memory file system can be mounted here";
+  }
+  const QString file = dir + "/korvel2.kreg";
+  for (const int keys : {5, 300}) {
+    for (const int free_pages : {1, 2}) {
+      for (const bool tcl_writer : {false, true}) {
+        SCOPED_TRACE(std::to_string(keys) + " keys, " + std::to_string(free_pages) + " pages, " +
+                     (tcl_writer ? "tclsh" : "cfgq"));
+        QDir(dir).removeRecursively();
+        QByteArray old_bytes = "[25.1_pro]\n";
+        for (int i = 0; i < keys; ++i) old_bytes += QByteArray("General\\K") + QByteArray::number(i) + "=value " + QByteArray::number(i) + "\n";
+        write_file(file, old_bytes);
+        {
+          // Fill the file system, then give back the pages wanted.
+          QFile filler(dir + "/filler");
+          ASSERT_TRUE(filler.open(QIODevice::WriteOnly));
+          const QByteArray page(4096, 'f');
+          while (filler.write(page) == page.size() && filler.flush()) {
+          }
+          filler.close();
+          ASSERT_TRUE(filler.resize(std::max<qint64>(0, filler.size() - free_pages * 4096)));
+        }
+        const QStringList env = {"HOME=" + dir};
+        const run_result result =
+            tcl_writer ? tcl("cfgq_create_registry -key NEW -value six General", env)
+                       : cfgq({"set", "General", "NEW", "six"}, env);
+        const QByteArray now = read_bytes(file);
+        if (now == old_bytes) {
+          if (!tcl_writer) EXPECT_EQ(result.status, 3) << result.err.constData();
+        } else {
+          QSettings check(file, QSettings::IniFormat);
+          check.beginGroup("25.1_pro/General");
+          EXPECT_EQ(check.childKeys().size(), keys + 1);
+          EXPECT_EQ(check.value("NEW").toString(), "six");
+        }
+      }
+    }
+  }
+  QProcess::execute("umount", {dir});
 }
 
 // A new file is the user's alone whatever the umask, an existing one keeps the mode it has,
