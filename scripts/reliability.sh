@@ -48,7 +48,7 @@ for run in $(seq "$runs"); do
        CFGQ_TCL_SCRIPT="cfgq_create_registry -key T${k}_$i -value v$i General" tclsh "$runner"
      done) &
     (for i in $(seq "$per"); do "$cfgq" set General "S${k}_$i" "v$i" >/dev/null; done) &
-    (for i in $(seq "$per"); do "$cfgq" keys General >/dev/null; done) &
+    (for i in $(seq "$per"); do "$cfgq" keys General >/dev/null 2>&1; done) &
   done
   wait
   lost=$((lost + 6 * per - $(count_keys '[CTS]')))
