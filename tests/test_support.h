@@ -14,6 +14,7 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <gtest/gtest.h>
 
 namespace cfgq_test {
@@ -55,6 +56,23 @@ class EnvGuard {
   std::optional<std::string> m_old;
 };
 
+// The file's bytes under a name of their own, for a raw settings object: Qt keeps what it read of
+// a file by name and tells a change only by size and modification time in milliseconds, so a
+// raw reader of the file itself could go on with what an earlier raw reader read.
+class fresh_copy {
+ public:
+  explicit fresh_copy(const QString& path) : m_file(QDir::tempPath() + "/cfgq-test-XXXXXX") {
+    if (m_file.open()) {
+      m_file.write(read_bytes(path));
+      m_file.close();
+    }
+  }
+  QString path() const { return m_file.fileName(); }
+
+ private:
+  QTemporaryFile m_file;
+};
+
 // A fresh HOME for each test, with every variable that steers the library reset: the view
 // works on <HOME>/korvel2.kreg, version 25.1, no switches, no isolation, no debug output.
 class SettingsTest : public ::testing::Test {
@@ -78,7 +96,8 @@ class SettingsTest : public ::testing::Test {
 
   // Every key at or below `group` of the profile file, sorted, as "path=value".
   QStringList listing(const QString& group = QString()) const {
-    QSettings raw(profile_file(), QSettings::IniFormat);
+    const fresh_copy copy(profile_file());
+    QSettings raw(copy.path(), QSettings::IniFormat);
     raw.beginGroup(group);
     QStringList lines;
     for (const QString& key : raw.allKeys()) lines << key + "=" + raw.value(key).toString();
@@ -88,7 +107,8 @@ class SettingsTest : public ::testing::Test {
 
   // Reads one value of the profile file through a raw settings object.
   QVariant raw_value(const QString& path) const {
-    QSettings raw(profile_file(), QSettings::IniFormat);
+    const fresh_copy copy(profile_file());
+    QSettings raw(copy.path(), QSettings::IniFormat);
     return raw.value(path);
   }
 
