@@ -250,7 +250,8 @@ fi
 
 mkdir -p "$build"
 restore  # a run killed without its trap left its mutant in place
-if ! git -C "$here" diff --quiet -- gcl host; then
+if git -C "$here" rev-parse --is-inside-work-tree >/dev/null 2>&1 &&
+  ! git -C "$here" diff --quiet -- gcl host; then
   echo "mutate: gcl/ or host/ has uncommitted changes; the mutants apply to committed text" >&2
 fi
 
