@@ -109,6 +109,17 @@ TEST_F(MigrationTest, CarriesTheFirstListedVersionWithSettingsForward) {
        {"General/Small=1", "Registry_version=27"}},
       {"source of only refused values ends the search", {"25.1", "24.3;24.1"}, settings_24_1,
        true, "25.1_pro", {"Registry_version=27"}},
+      {"start screens of General take their defaults", {"25.1", "24.3"},
+       {"24.3_pro/General/Show_welcome_screen=No", "24.3_pro/General/Show_whatsnew_screen=No",
+        "24.3_pro/General/Show_tips=No", "24.3_pro/Setup/Show_welcome_screen=No"},
+       false, "25.1_pro",
+       {"General/Show_tips=No", "Registry_version=27", "Setup/Show_welcome_screen=No"}},
+      {"no versions at all", {"25.1", ""}, settings_24_1, false, "25.1_pro",
+       {"Registry_version=27"}},
+      {"only the running version", {"25.1", "25.1"}, settings_24_1, false, "25.1_pro",
+       {"Registry_version=27"}},
+      {"no version with settings", {"25.1", "24.3;23.4"}, settings_24_1, false, "25.1_pro",
+       {"Registry_version=27"}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
@@ -130,39 +141,6 @@ TEST_F(MigrationTest, CarriesTheFirstListedVersionWithSettingsForward) {
       QStringList others = row.file;
       others.sort();
       findings.expect_eq("every other main key", without(listing(), row.main_key), others);
-    });
-  }
-}
-
-TEST_F(MigrationTest, StartScreenValuesOfGeneralTakeTheirDefaults) {
-  run_in_child({"25.1", "24.3"}, [&](Findings& findings) {
-    write_file({"24.3_pro/General/Show_welcome_screen=No",
-                "24.3_pro/General/Show_whatsnew_screen=No", "24.3_pro/General/Show_tips=No",
-                "24.3_pro/Setup/Show_welcome_screen=No", "24.3_pro/Registry_version=27"});
-    CFGQ_REGISTRY::migrate_registry_settings();
-    findings.expect_eq("25.1_pro", listing("25.1_pro"),
-                       {"General/Show_tips=No", "Registry_version=27",
-                        "Setup/Show_welcome_screen=No"});
-    findings.expect_eq("source", listing("24.3_pro"),
-                       {"General/Show_tips=No", "General/Show_welcome_screen=No",
-                        "General/Show_whatsnew_screen=No", "Registry_version=27",
-                        "Setup/Show_welcome_screen=No"});
-  });
-}
-
-TEST_F(MigrationTest, NothingToCopyLeavesOnlyTheMarker) {
-  const Suite suites[] = {
-      {"25.1", ""},           // no versions at all
-      {"25.1", "25.1"},       // only the running one
-      {"25.1", "24.3;24.1"},  // none with settings
-  };
-  for (const Suite& suite : suites) {
-    SCOPED_TRACE(std::string("versions \"") + suite.versions + "\"");
-    run_in_child(suite, [&](Findings& findings) {
-      write_file({"23.4_pro/General/Old=1"});
-      CFGQ_REGISTRY::migrate_registry_settings();
-      findings.expect_eq("file", listing(),
-                         {"23.4_pro/General/Old=1", "25.1_pro/Registry_version=27"});
     });
   }
 }
