@@ -4,10 +4,12 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #ifndef _WIN32
 #include <fcntl.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -40,6 +42,10 @@ class owned_fd {
 
 bool gen_is_empty_string(const char* text) { return text == nullptr || text[0] == '\0'; }
 
+// The temporary directory, temporary files and the profile directory; Windows has its own in
+// gen_win.cpp.
+#ifndef _WIN32
+
 std::string gen_get_temp_path() {
   std::string dir = env_text("TMPDIR");
   if (dir.empty()) dir = "/tmp";
@@ -47,10 +53,10 @@ std::string gen_get_temp_path() {
 }
 
 std::string gen_create_temp_file(const std::string& directory, const std::string& prefix) {
-#ifndef _WIN32
   std::string pattern = directory;
   if (!pattern.empty() && pattern.back() != '/') pattern += '/';
-  pattern += prefix + "XXXXXX";
+  // The process id in the name lets a later process tell that its maker is gone.
+  pattern += prefix + "." + std::to_string(::getpid()) + ".XXXXXX";
   std::vector<char> name(pattern.begin(), pattern.end());
   name.push_back('\0');
   // mkostemp opens with O_CREAT | O_EXCL, so a link at the chosen name is never followed.
@@ -61,18 +67,23 @@ std::string gen_create_temp_file(const std::string& directory, const std::string
     return std::string();
   }
   return std::string(name.data());
-#else
-#error "gen_create_temp_file needs a Windows implementation"
-#endif
 }
 
 std::string gen_get_user_profile_directory() {
-#ifdef _WIN32
-  return env_text("USERPROFILE");
-#else
-  return env_text("HOME");
-#endif
+  std::string home = env_text("HOME");
+  if (!home.empty()) return home;
+  // No HOME (a service, `env -u HOME`): the password database, as the system's own lookup does.
+  std::vector<char> buffer(16384);
+  struct passwd entry {};
+  struct passwd* found = nullptr;
+  if (::getpwuid_r(::geteuid(), &entry, buffer.data(), buffer.size(), &found) == 0 &&
+      found != nullptr && found->pw_dir != nullptr) {
+    home = found->pw_dir;
+  }
+  return home;
 }
+
+#endif  // !_WIN32
 
 int gen_strcmp(const char* a, const char* b) {
   if (a == nullptr || b == nullptr) return a == b ? 0 : (a == nullptr ? -1 : 1);

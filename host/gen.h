@@ -6,7 +6,8 @@
 // True for a null pointer and for empty text.
 bool gen_is_empty_string(const char* text);
 
-// The directory for temporary files: $TMPDIR, or /tmp when unset or empty.
+// The directory for temporary files: $TMPDIR, or /tmp when unset or empty (on Windows, the
+// system's temporary directory, without its trailing separator).
 std::string gen_get_temp_path();
 
 // Creates a new, empty file in `directory` whose name starts with `prefix`, readable and writable
@@ -14,7 +15,8 @@ std::string gen_get_temp_path();
 // or a link planted at that name is never opened). Returns empty text when no file can be made.
 std::string gen_create_temp_file(const std::string& directory, const std::string& prefix);
 
-// The user's profile directory as UTF-8: $HOME ($USERPROFILE on Windows).
+// The user's profile directory as UTF-8: $HOME ($USERPROFILE on Windows); without it, the
+// password database's home directory of the user; empty when there is none.
 std::string gen_get_user_profile_directory();
 
 // 0 exactly when both texts are equal; a null pointer equals only another null pointer.

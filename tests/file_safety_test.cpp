@@ -15,7 +15,6 @@
 #include <unistd.h>
 
 #include "cfgq.h"
-#include "cfgq_file_safety.h"
 #include "test_support.h"
 
 namespace {
@@ -110,87 +109,6 @@ TEST_F(DamagedFileTest, CopyReplacesLinkPlantedAtItsNameWithoutWritingThrough) {
   EXPECT_TRUE(S_ISREG(mode_of(copy_path())));
 }
 
-class StaleTemporaryTest : public cfgq_test::SettingsTest {
- protected:
-  QString beside(const char* suffix) const { return profile_file() + QString::fromUtf8(suffix); }
-};
-
-TEST_F(StaleTemporaryTest, NamesOfKilledWritersTemporaries) {
-  const struct {
-    const char* name;
-    bool mixed_case_only;  // removed on its name alone
-    bool with_evidence;    // removed when a killed writer's lock shows it is that writer's
-  } rows[] = {
-      {"korvel2.kreg.AbCdEf", true, true},   {"korvel2.kreg.qWERTY", true, true},
-      {"korvel2.kreg.backup", false, true},  {"korvel2.kreg.ABCDEF", false, true},
-      {"korvel2.kreg.AbCdE", false, false},  {"korvel2.kreg.AbCdEfG", false, false},
-      {"korvel2.kreg.AbC1Ef", false, false}, {"korvel2.kreg.lock", false, false},
-      {"korvel2.kreg.large", false, false},  {"korvel2.kreg.corrupt", false, false},
-      {"korvel2.kregXAbCdEf", false, false}, {"other.kreg.AbCdEf", false, false},
-      {"korvel2.kreg.AbCdÉf", false, false},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    const QString name = QString::fromUtf8(row.name);
-    EXPECT_EQ(cfgq_is_stale_temporary_name(name, "korvel2.kreg", false), row.mixed_case_only);
-    EXPECT_EQ(cfgq_is_stale_temporary_name(name, "korvel2.kreg", true), row.with_evidence);
-  }
-}
-
-TEST_F(StaleTemporaryTest, FirstViewRemovesKilledWritersTemporariesAndKeepsUsersCopies) {
-  write_profile_file("[25.1_pro]\nGeneral\\Show_tips=Yes\n");
-  write_file(beside(".QxTrWm"), "[25.1_pro]\nGeneral\\Sho");
-  write_file(beside(".backup"), "a copy the user made\n");
-  { const Key view(Key::GENERAL, "25.1", nullptr); }
-  EXPECT_FALSE(QFile::exists(beside(".QxTrWm")));
-  EXPECT_TRUE(QFile::exists(beside(".backup")));
-  EXPECT_EQ(raw_value("25.1_pro/General/Show_tips").toString(), "Yes");
-}
-
-TEST_F(StaleTemporaryTest, KilledWritersLockVouchesForTemporaryOfOneCase) {
-  // A copy the user made, then the lock of a writer that died (no process has its id), then
-  // that writer's temporary.
-  const QDateTime now = QDateTime::currentDateTime();
-  write_file(beside(".backup"), "made before the writer died\n");
-  set_modified(beside(".backup"), now.addSecs(-120));
-  write_file(beside(".lock"),
-             "2147483646\nsettings_writer\n" + QSysInfo::machineHostName().toUtf8() + "\n");
-  set_modified(beside(".lock"), now.addSecs(-60));
-  write_file(beside(".abcdef"), "[25.1_pro]\n");
-  { const Key view(Key::GENERAL, "25.1", nullptr); }
-  EXPECT_FALSE(QFile::exists(beside(".abcdef")));
-  EXPECT_FALSE(QFile::exists(beside(".lock")));
-  EXPECT_TRUE(QFile::exists(beside(".backup")));
-}
-
-TEST_F(StaleTemporaryTest, EmptyLockOfWriterKilledAtItsCreationGoesOnceASecondOld) {
-  // Qt would take it for a live writer's until it is 30 s old and stall every write till then.
-  write_file(beside(".lock"), "");
-  { const Key view(Key::GENERAL, "25.1", nullptr); }
-  EXPECT_TRUE(QFile::exists(beside(".lock"))) << "a live writer may not have filled it yet";
-  set_modified(beside(".lock"), QDateTime::currentDateTime().addSecs(-2));
-  {
-    Key view(Key::GENERAL, "25.1", nullptr);
-    view.set_value("After_the_kill", 1);
-  }
-  EXPECT_FALSE(QFile::exists(beside(".lock")));
-  EXPECT_EQ(raw_value("25.1_pro/General/After_the_kill").toInt(), 1);
-}
-
-TEST_F(StaleTemporaryTest, LiveWritersTemporaryStaysUntilItsLockIsGiven) {
-  write_file(beside(".QxTrWm"), "[25.1_pro]\n");
-  {
-    // A writer that holds the lock may still rename its temporary into place.
-    QLockFile writer(beside(".lock"));
-    ASSERT_TRUE(writer.tryLock(0));
-    { const Key view(Key::GENERAL, "25.1", nullptr); }
-    EXPECT_TRUE(QFile::exists(beside(".QxTrWm")));
-  }
-  { const Key view(Key::GENERAL, "25.1", nullptr); }
-  EXPECT_FALSE(QFile::exists(beside(".QxTrWm")));
-}
-
-// Isolated runs: the process's temporary settings file in TMPDIR.
 class TemporarySettingsFileTest : public cfgq_test::SettingsTest {
  protected:
   TemporarySettingsFileTest() : m_regtest("KORVEL_REGTEST", "1") {}

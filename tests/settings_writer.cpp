@@ -21,6 +21,7 @@
 #include <unistd.h>
 
 #include <QFile>
+#include <QLockFile>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -116,6 +117,21 @@ int main(int argc, char** argv) {
     return count_up(QString::fromLocal8Bit(argv[2]), std::strtol(argv[3], nullptr, 10));
   }
   if (mode == "check" && argc >= 3) return check_logs(argc - 2, argv + 2);
+  if (mode == "hold" && argc == 3) {
+    // Takes the lock of the settings file at argv[2] and keeps it until killed, as a writer
+    // stopped in the middle of its write does.
+    QLockFile lock(QString::fromLocal8Bit(argv[2]) + QStringLiteral(".lock"));
+    if (!lock.tryLock(10'000)) return 1;
+    std::printf("locked\n");
+    std::fflush(stdout);
+    for (;;) ::pause();
+  }
+  if (mode == "one" && argc == 4) {
+    // One value through one view, as a short-lived tool writes.
+    Key view(Key::GENERAL, nullptr, nullptr);
+    view.set_value(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));
+    return 0;
+  }
   std::fprintf(stderr,
                "usage: settings_writer write NAME COUNT [LOG] | loop NAME LOG | count NAME COUNT | "
                "check LOG...\n");

@@ -1,8 +1,9 @@
 // The settings view: locating and opening the settings file, sections, main keys and groups.
 #include "cfgq.h"
 #include "cfgq_registry_key.h"
-#include "cfgq_file_safety.h"
+#include "cfgq_diagnostics.h"
 #include "cfgq_settings_cache.h"
+#include "cfgq_settings_file.h"
 
 #include <cstdarg>
 #include <cstdlib>
@@ -11,6 +12,8 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <QMap>
 #include <QSettings>
@@ -34,53 +37,6 @@ constexpr const char* this_file = "gcl/cfgq/cfgq_registry_key.cpp";
 
 const MEM_INITIALIZER mem_initializer(module_name);
 
-// The process's temporary settings file. Filled at the first path computation that obtains one,
-// and deleted with its file when the library unloads.
-class temp_settings_file {
- public:
-  temp_settings_file() = default;
-  temp_settings_file(const temp_settings_file&) = delete;
-  temp_settings_file& operator=(const temp_settings_file&) = delete;
-  ~temp_settings_file() {
-    if (!m_path.isEmpty()) FIO_FILE_SYSTEM::remove_if_exists(m_path.toStdString());
-  }
-
-  QString path() {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    // Asked for again while empty: a temporary directory that could not take the file (missing,
-    // full) may take it at a later view. Once obtained, the path never changes.
-    if (m_path.isEmpty()) {
-      m_path = QString::fromStdString(gen_create_temp_file(gen_get_temp_path(), "CFGQ"));
-    }
-    return m_path;
-  }
-
- private:
-  std::mutex m_mutex;
-  QString m_path;
-};
-
-temp_settings_file temp_registry_file;
-
-bool separate_64_bit_settings() {
-  // Fixed at the first main-key name of the process; later configuration changes don't count.
-  static const bool separate = cfg_is_on("separate_settings_for_64_bit");
-  return separate;
-}
-
-// True when the environment variable `name` holds exactly `text`; an unset one reads as empty.
-// Read as bytes: decoding to a QString first cost a third of each path computation, and an ASCII
-// text matches the bytes exactly when it matches their decoded form.
-bool environment_is(const char* name, const char* text) {
-  const char* value = std::getenv(name);
-  return value != nullptr && std::strcmp(value, text) == 0;
-}
-
-bool is_isolated_run() { return cfgq_isolated_run(nullptr); }
-
-// A value whose text form has this many UTF-16 code units or more is not stored. (The same
-// figure limits the settings file, counted in bytes, when it is opened.)
-constexpr qsizetype max_value_utf16_units = 10'000'000;
 
 // Appends argument `index` to a fallback text: formatted alone as "{index}\n" (which only the
 // first argument can satisfy), or "(unprintable)\n".
@@ -132,14 +88,6 @@ std::string brace_text(const char* format, const Args&... args) {
   }
 }
 
-// msg_local_vdebug takes its arguments as a va_list only.
-void post_debug(const char* channel, MSG_D_LEVEL level, const char* format, ...) {
-  va_list args;
-  va_start(args, format);
-  msg_local_vdebug(channel, level, format, args);
-  va_end(args);
-}
-
 // Blanks in value names are accepted, but they are a trap for scripts and the file's readers.
 // Only U+0020 counts; tabs and other whitespace draw nothing.
 void warn_about_blank(const QString& value_name) {
@@ -150,62 +98,10 @@ void warn_about_blank(const QString& value_name) {
       "underscore instead",
       name.constData());
   // Passed as the argument of "%s": a value name may contain '%'.
-  post_debug(module_name, MSG_D_LEVEL_2, "%s", text.c_str());
-}
-
-// Asked before the size text is formatted, so that a refused value costs no formatting when
-// nobody listens.
-bool cfgq_debug_enabled() {
-  if (!msg_initialized) return false;
-  if (!MSG_D::debug_messages_enabled(nullptr)) return false;
-  const MSG_D reporter(nullptr);
-  return reporter.is_channel_enabled(module_name, MSG_D_LEVEL_2);
-}
-
-// Renames the settings file to its name with `suffix` appended, replacing an older such file.
-void set_aside(const char* suffix) {
-  const QString file = get_registry_file_path();
-  // The file's parsed state goes with it: a file set aside for its size must not stay in memory.
-  cfgq_release_settings_file(file);
-  const std::string path = file.toStdString();
-  FIO_FILE_SYSTEM::remove_if_exists(path + suffix);
-  FIO_FILE_SYSTEM::rename(path, path + suffix);
+  cfgq_debug(text);
 }
 
 }  // namespace
-
-bool cfgq_isolated_run(QString* why) {
-  const char* cause = nullptr;
-  if (tst_is_regtest_mode()) {
-    cause = "KORVEL_REGTEST=1";
-  } else if (environment_is("QT_QPA_PLATFORM", "minimal")) {
-    cause = "QT_QPA_PLATFORM=minimal";
-  } else if (environment_is("PBUILD_BUILD", "1")) {
-    cause = "PBUILD_BUILD=1";
-  }
-  if (cause != nullptr && why != nullptr) *why = QString::fromLatin1(cause);
-  return cause != nullptr;
-}
-
-QString get_main_key_name(const char* version, const char* suffix) {
-  QString name = version != nullptr ? QString::fromUtf8(version)
-                                    : QString::fromStdString(ver_get_version());
-  if (separate_64_bit_settings()) name += QLatin1String("_64-Bit");
-  if (suffix != nullptr) {
-    const QString given = QString::fromUtf8(suffix);
-    if (!name.endsWith(given, Qt::CaseSensitive)) return name + given;
-  }
-  if (!name.endsWith(QLatin1String("_pro"), Qt::CaseSensitive)) name += QLatin1String("_pro");
-  return name;
-}
-
-QString get_registry_file_path() {
-  // The temporary file is made at the first call of the process, isolated or not, so that every
-  // later isolated view of the process finds the same file.
-  const QString temp_path = temp_registry_file.path();
-  if (is_isolated_run()) return temp_path;
-  return cfgq_profile_settings_file(gen_get_user_profile_directory());
-}
 
 const CFGQ_REGISTRY_KEY::ENUMERATED_SUB_KEY_NAME
     CFGQ_REGISTRY_KEY::DEFAULT_SUB_KEYS[CFGQ_REGISTRY_KEY::LAST_SUB_KEY + 1] = {
@@ -341,38 +237,31 @@ CFGQ_REGISTRY_KEY::CFGQ_REGISTRY_KEY(const CFGQ_REGISTRY_KEY& parent, const std:
 }
 
 CFGQ_REGISTRY_KEY::~CFGQ_REGISTRY_KEY() {
-  if (!m_settings) return;
-  const QString path = m_settings->fileName();
-  // The temporary file is the only file at its path: no need to read the environment again.
-  const bool temporary = path == temp_registry_file.path();
-  // A settings object writes the file when destroyed only after changes of its own: a view that
-  // only read needs no look at the file before and after.
-  if (!temporary && !cfgq_view_settings::of(*m_settings).changed()) return;
-  const cfgq_file_state before = cfgq_settings_file_closing(path);
+  // Deleting the settings object writes its changes: under the file's lock, checked, reported
+  // on the debug channel when they could not be written.
   m_settings.reset();
-  cfgq_settings_file_written(path, before, temporary);
 }
 
-void CFGQ_REGISTRY_KEY::init() {
-  // The preparation looks at the file anyway: its size (-1 for no file) spares a second look.
-  const qint64 size = cfgq_prepare_settings_file(get_registry_file_path(), is_isolated_run());
-  // Strictly greater: a file of exactly max_file_bytes is still opened.
-  if (size > max_file_bytes) set_aside(".large");
+namespace {
 
+cfgq_settings_file& owner_of(QSettings& settings) {
+  // Every view's settings object is made by init, as the settings file's owner.
+  return static_cast<cfgq_settings_file&>(settings);
+}
+
+}  // namespace
+
+void CFGQ_REGISTRY_KEY::init() {
+  const QString path = get_registry_file_path();
+  const bool temporary = cfgq_isolated_run(nullptr);
   try {
-    m_settings =
-        std::make_unique<cfgq_view_settings>(get_registry_file_path(), QSettings::IniFormat);
+    // Sets aside a file above the size limit before anything reads it.
+    m_settings = cfgq_settings_file::open(path, temporary);
   } catch (...) {
-    set_aside(".corrupt");
+    cfgq_settings_file::set_aside_damaged(get_registry_file_path());
     // Not guarded: a second failure reaches the caller constructing the view.
-    m_settings =
-        std::make_unique<cfgq_view_settings>(get_registry_file_path(), QSettings::IniFormat);
+    m_settings = cfgq_settings_file::open(get_registry_file_path(), temporary);
   }
-  // Notes the file as Qt now knows it, and copies a file Qt could read only in part before any
-  // write can replace it.
-  cfgq_settings_file_opened(*m_settings);
-  // Keeps the file's parsed state for the next view, which then costs a lookup, not a re-read.
-  cfgq_keep_settings_file(m_settings->fileName());
 }
 
 void CFGQ_REGISTRY_KEY::check_array_sizes() {}
@@ -383,7 +272,9 @@ void CFGQ_REGISTRY_KEY::endGroup() { m_settings->endGroup(); }
 
 QString CFGQ_REGISTRY_KEY::group() const { return m_settings->group(); }
 
-QString CFGQ_REGISTRY_KEY::fileName() const { return m_settings->fileName(); }
+QString CFGQ_REGISTRY_KEY::fileName() const {
+  return static_cast<const cfgq_settings_file&>(*m_settings).path();
+}
 
 QVariant CFGQ_REGISTRY_KEY::value(const QString& key, const QVariant& default_value) const {
   return m_settings->value(key, default_value);
@@ -392,7 +283,7 @@ QVariant CFGQ_REGISTRY_KEY::value(const QString& key, const QVariant& default_va
 bool CFGQ_REGISTRY_KEY::contains(const QString& key) const { return m_settings->contains(key); }
 
 void CFGQ_REGISTRY_KEY::remove(const QString& key) {
-  cfgq_view_settings::of(*m_settings).mark_changed();
+  owner_of(*m_settings).mark_changed();
   m_settings->remove(key);
 }
 
@@ -428,7 +319,7 @@ void CFGQ_REGISTRY_KEY::set_value(const QString& value_name, const QVariant& val
       msg_local_vdebug_no_checking_impl(module_name, "%s", text.c_str());
     }
   } else {
-    cfgq_view_settings::of(*m_settings).mark_changed();
+    owner_of(*m_settings).mark_changed();
     m_settings->setValue(value_name, value);
   }
   // Also after a refused value: a write never leaves a read's outcome behind.
@@ -466,39 +357,47 @@ void CFGQ_REGISTRY_KEY::set_no(const QString& value_name) {
 CFGQ_REGISTRY_KEY::REGISTRY_ERROR_CODE CFGQ_REGISTRY_KEY::get_last_error() { return m_last_error; }
 
 int CFGQ_REGISTRY_KEY::copy(const QString& source, const QString& destination) {
-  m_settings->beginGroup(source);
-  // Both lists and every value of this level are taken before anything is written, so a
-  // destination inside the source (or equal to it) can't change what is visited.
-  const QStringList keys = m_settings->childKeys();
-  const QStringList groups = m_settings->childGroups();
-  QMap<QString, QVariant> buffer;
-  for (const QString& key : keys) buffer.insert(key, m_settings->value(key, QVariant()));
-  m_settings->endGroup();
-
+  // Group by group, depth first, each group's values before its subgroups', as a recursive walk
+  // would go; the groups still to visit wait on a list, not on the stack, so a hand-made file
+  // nested thousands of levels deep is copied like any other.
+  std::vector<std::pair<QString, QString>> pending{{source, destination}};
   int count = 0;
-  m_settings->beginGroup(destination);
-  for (const QString& key : keys) {
-    // Counted whether or not set_value stores it: the count tells that the source held keys.
-    set_value(key, buffer.value(key));
-    ++count;
-  }
-  m_settings->endGroup();
+  while (!pending.empty()) {
+    const auto [from, to] = std::move(pending.back());
+    pending.pop_back();
+    m_settings->beginGroup(from);
+    // Both lists and every value of this level are taken before anything is written, so a
+    // destination inside the source (or equal to it) can't change what is visited.
+    const QStringList keys = m_settings->childKeys();
+    const QStringList groups = m_settings->childGroups();
+    QMap<QString, QVariant> buffer;
+    for (const QString& key : keys) buffer.insert(key, m_settings->value(key, QVariant()));
+    m_settings->endGroup();
 
-  for (const QString& group : groups) {
-    // A hand-edited file can hold a key such as "a//b", listed as a subgroup with an empty name.
-    // Entering "<source>/" enters the source again, which would never end.
-    if (group.isEmpty()) continue;
-    count += copy(source + QLatin1Char('/') + group, destination + QLatin1Char('/') + group);
+    m_settings->beginGroup(to);
+    for (const QString& key : keys) {
+      // Counted whether or not set_value stores it: the count tells that the source held keys.
+      set_value(key, buffer.value(key));
+      ++count;
+    }
+    m_settings->endGroup();
+
+    for (auto group = groups.crbegin(); group != groups.crend(); ++group) {
+      // A hand-edited file can hold a key such as "a//b", listed as a subgroup with an empty
+      // name. Entering "<source>/" enters the source again, which would never end.
+      if (group->isEmpty()) continue;
+      pending.emplace_back(from + QLatin1Char('/') + *group, to + QLatin1Char('/') + *group);
+    }
   }
   return count;
 }
 
 void CFGQ_REGISTRY_KEY::clear_registry_key() {
-  cfgq_view_settings::of(*m_settings).mark_changed();
+  owner_of(*m_settings).mark_changed();
   for (const QString& key : m_settings->allKeys()) m_settings->remove(key);
 }
 
 void CFGQ_REGISTRY_KEY::clear() {
-  cfgq_view_settings::of(*m_settings).mark_changed();
+  owner_of(*m_settings).mark_changed();
   m_settings->clear();
 }

@@ -41,20 +41,3 @@ bool cfgq_text_reaches(const QVariant& value, qsizetype limit, qsizetype* length
 // QDir(profile_dir).absoluteFilePath("korvel2.kreg") for a UTF-8 directory path. Each thread
 // remembers its last answer for an absolute directory, as the path is worked out for every view.
 QString cfgq_profile_settings_file(const std::string& profile_dir);
-
-// A view's own settings object. It remembers whether the view changed anything through it, as
-// only then can destroying it write the file. Every view's settings object is one of these.
-class cfgq_view_settings : public QSettings {
- public:
-  using QSettings::QSettings;
-
-  // The view's settings object as what it is (made only as a cfgq_view_settings, in init).
-  static cfgq_view_settings& of(QSettings& settings) {
-    return static_cast<cfgq_view_settings&>(settings);
-  }
-  void mark_changed() { m_changed = true; }
-  bool changed() const { return m_changed; }
-
- private:
-  bool m_changed = false;  // a value set or removed; set once, never cleared
-};

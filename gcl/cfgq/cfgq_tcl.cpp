@@ -41,8 +41,23 @@ int guarded(Tcl_Interp* interp, const char* command, Body&& body) {
   return report(interp, message);
 }
 
+// Tcl's strings hold U+0000 as the two bytes C0 80 (so that a C string never ends early), which
+// are no UTF-8. A text from the interpreter turns them back into U+0000 ...
+QString from_tcl(const char* text) {
+  QByteArray bytes(text);
+  if (bytes.contains('\xC0')) bytes.replace(QByteArrayLiteral("\xC0\x80"), QByteArray(1, '\0'));
+  return QString::fromUtf8(bytes);
+}
+
+// ... and a text for the interpreter holds U+0000 as Tcl does.
+QByteArray to_tcl(QByteArray bytes) {
+  if (bytes.contains('\0')) bytes.replace(QByteArray(1, '\0'), QByteArrayLiteral("\xC0\x80"));
+  return bytes;
+}
+
 void set_result(Tcl_Interp* interp, const QByteArray& text) {
-  Tcl_SetStringObj(Tcl_GetObjResult(interp), text.constData(), -1);
+  const QByteArray held = to_tcl(text);
+  Tcl_SetStringObj(Tcl_GetObjResult(interp), held.constData(), static_cast<int>(held.size()));
 }
 
 int report_empty_type(Tcl_Interp* interp) {
@@ -140,9 +155,9 @@ int create_registry_body(Tcl_Interp* interp, int argc, const char* argv[]) {
   if (gen_is_empty_string(key)) return report_empty_key(interp);
 
   CFGQ_REGISTRY_KEY view(section, nullptr, nullptr);
-  const QString text = gen_is_empty_string(value) ? QString() : QString::fromUtf8(value);
+  const QString text = gen_is_empty_string(value) ? QString() : from_tcl(value);
   // A value refused for its length is not stored, and that is not the script's error.
-  view.set_value(QString::fromUtf8(key), QVariant(text));
+  view.set_value(from_tcl(key), QVariant(text));
   return TCL_OK;
 }
 
@@ -160,7 +175,7 @@ int read_registry_body(Tcl_Interp* interp, int argc, const char* argv[]) {
   CFGQ_REGISTRY_KEY view(section, nullptr, nullptr);
   QVariant value;
   // A missing value reads as the empty text, not as an error.
-  if (view.get_value(QString::fromUtf8(key), &value)) {
+  if (view.get_value(from_tcl(key), &value)) {
     set_result(interp, value.toString().toLocal8Bit());
   } else {
     set_result(interp, QByteArray());
@@ -184,7 +199,7 @@ int get_all_keys_body(Tcl_Interp* interp, int argc, const char* argv[]) {
     return TCL_OK;
   }
   for (const QString& key : keys) {
-    Tcl_AppendElement(interp, key.toLocal8Bit().constData());
+    Tcl_AppendElement(interp, to_tcl(key.toLocal8Bit()).constData());
   }
   return TCL_OK;
 }

@@ -57,6 +57,19 @@ std::vector<command> store_commands();     // path show get set keys clear secti
 std::vector<command> backup_commands();    // export import
 std::vector<command> recover_commands();   // recover
 std::vector<command> version_commands();   // migrate reset setenv
+std::vector<command> watch_commands();     // watch
+std::vector<command> check_commands();     // check
+
+// ---- Hidden entries: the manual page and shell completion (manual_and_completion.cpp) ---
+
+// The text of `cfgq help COMMAND`.
+using help_text = QString (*)(const command& c);
+// The manual page cfgq(1) in roff, from the command table and the tool's --help text.
+QString manual_page(const std::vector<command>& commands, const QString& tool_help, help_text help,
+                    const QString& version);
+// `cfgq __complete WORD... CURRENT`: prints the candidates for CURRENT, the last word of the
+// command line, one a line. Exit status 1 when CURRENT is a file name for the shell to complete.
+int complete(const std::vector<command>& commands, const QStringList& words, help_text help);
 
 // ---- Main keys and sections ------------------------------------------------------------
 

@@ -25,7 +25,7 @@ const char* const exit_status_help =
 std::vector<command> all_commands() {
   std::vector<command> commands;
   for (auto group : {cli::store_commands, cli::backup_commands, cli::recover_commands,
-                     cli::version_commands}) {
+                     cli::version_commands, cli::watch_commands, cli::check_commands}) {
     for (const command& c : group()) commands.push_back(c);
   }
   return commands;
@@ -133,6 +133,7 @@ int main(int argc, char** argv) {
   // Options before the command word belong to the tool; everything from the command word on
   // belongs to the command.
   QStringList words = QCoreApplication::arguments().mid(1);
+  if (words.value(0) == QLatin1String("__complete")) return cli::complete(commands, words.mid(1), command_help);
   bool help = false;
   while (!words.isEmpty() && words.first().startsWith(QLatin1Char('-'))) {
     const QString option = words.takeFirst();
@@ -140,6 +141,10 @@ int main(int argc, char** argv) {
       help = true;
     } else if (option == QLatin1String("--version") || option == QLatin1String("-v")) {
       cli::print(version_text());
+      return cli::exit_ok;
+    } else if (option == QLatin1String("--manpage")) {
+      cli::print(cli::manual_page(commands, tool_help(commands), command_help,
+                                  QCoreApplication::applicationVersion()));
       return cli::exit_ok;
     } else {
       return cli::fail(option, QStringLiteral("unknown option (see 'cfgq --help')"), cli::exit_usage);

@@ -1,0 +1,95 @@
+// The few file-system operations the settings file's owner needs beyond Qt, one implementation
+// per platform (cfgq_file_platform_posix.cpp, cfgq_file_platform_win.cpp; the build picks one).
+#pragma once
+
+#include <QString>
+
+namespace cfgq_platform {
+
+// What a look at a path found. `exists` false: nothing there (the other fields are then 0).
+// The inode and the change time tell a file replaced by a rename from the one it replaced, even
+// when both have the same size and the same modification time in milliseconds.
+struct file_state {
+  bool exists = false;
+  bool regular = false;  // a regular file (after following links, when the look followed them)
+  bool link = false;     // a symbolic link (only from a look that does not follow links)
+  qint64 size = 0;
+  qint64 modified_ms = 0;
+  qint64 device = 0;
+  qint64 inode = 0;
+  qint64 changed_ns = 0;
+  unsigned mode = 0;  // permission bits
+  qint64 owner = -1;
+  qint64 group = -1;
+
+  // The same file in the same state, as far as a look can tell.
+  bool same_as(const file_state& other) const {
+    return exists == other.exists && size == other.size && modified_ms == other.modified_ms &&
+           device == other.device && inode == other.inode && changed_ns == other.changed_ns;
+  }
+  // The same file (it may have been written in place since).
+  bool same_file(const file_state& other) const {
+    return exists && other.exists && device == other.device && inode == other.inode;
+  }
+};
+
+// A look at `path`, following links or not.
+file_state state_of(const QString& path, bool follow_links);
+
+// The path that `path` finally names: each symbolic link along the last component replaced by
+// its target (relative targets taken from the link's directory), also when the last target does
+// not exist. `path` itself when it is no link, or when the links go round.
+QString final_target(const QString& path);
+
+// Gives the file at `path` a modification time later than `after_ms` (and than now's), so that
+// anything comparing modification times sees it changed. False with errno-style reason in *why.
+bool touch_later(const QString& path, qint64 after_ms, QString* why);
+
+// Makes an empty regular file at `path` that nobody else can read or write, exclusively (never
+// through a link). With a `like` state of an existing file, takes its permission bits and, when
+// the process may, its owner and group. False (reason in *why) when no file could be made.
+bool make_private_file(const QString& path, const file_state* like, QString* why);
+
+// Gives the file at `path` the owner, group and permission bits of `like` where they differ and
+// the process may change them (a write by another user, such as root, replaced the file).
+void restore_owner_and_mode(const QString& path, const file_state& like);
+
+// A second name for the file at `from` (no copy, no space). False (reason in *why) when the file
+// system can't give one.
+bool hard_link(const QString& from, const QString& to, QString* why);
+
+// Renames `from` to `to`, replacing `to`. False (reason in *why) on failure.
+bool rename_over(const QString& from, const QString& to, QString* why);
+
+// Removes the file (not a directory) at `path`; true when none is left.
+bool remove_file(const QString& path);
+
+// A new directory that only this user can enter, at `pattern` whose last six characters are
+// "XXXXXX" (replaced to make the name unique). Empty text when none could be made.
+QString make_private_dir(const QString& pattern);
+
+// Makes a symbolic link at `link` naming `target`. False when it could not.
+bool make_link(const QString& target, const QString& link);
+
+// Makes `path` a regular file of this user with one link that only its owner can read and
+// write: anything else standing there (a link or pipe planted at its name, another user's file)
+// is replaced by an empty such file, never followed; a directory stays. A missing file is made.
+void own_private_file(const QString& path);
+
+// Removes the lock file at `path` when it is empty, older than `min_age_ms` and nobody holds a
+// lock on it: its writer was killed between making it and writing its process id into it.
+void remove_dead_empty_lock(const QString& path, qint64 min_age_ms);
+
+// This process's user.
+qint64 this_user();
+// This process's id.
+qint64 this_process();
+// True when no process `pid` runs (on this machine, in this process's view of them).
+bool process_is_gone(qint64 pid);
+// True when process `pid` runs but is stopped (it holds what it holds until continued).
+bool process_is_stopped(qint64 pid);
+
+// The text of the last system error of this thread ("No space left on device").
+QString last_error_text();
+
+}  // namespace cfgq_platform

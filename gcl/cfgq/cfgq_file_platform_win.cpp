@@ -1,0 +1,219 @@
+// File-system operations of the settings file's owner on Windows.
+#include "cfgq_file_platform.h"
+
+#include <windows.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRandomGenerator>
+
+namespace cfgq_platform {
+
+namespace {
+
+// Owns a Win32 handle and closes it on every path.
+class owned_handle {
+ public:
+  explicit owned_handle(HANDLE handle) : m_handle(handle) {}
+  ~owned_handle() {
+    if (valid()) ::CloseHandle(m_handle);
+  }
+  owned_handle(const owned_handle&) = delete;
+  owned_handle& operator=(const owned_handle&) = delete;
+  bool valid() const { return m_handle != INVALID_HANDLE_VALUE && m_handle != nullptr; }
+  HANDLE get() const { return m_handle; }
+
+ private:
+  HANDLE m_handle;
+};
+
+std::wstring native(const QString& path) {
+  return QDir::toNativeSeparators(path).toStdWString();
+}
+
+QString error_text(DWORD error) {
+  wchar_t* text = nullptr;
+  const DWORD length = ::FormatMessageW(
+      FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+      nullptr, error, 0, reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+  QString result = length > 0 ? QString::fromWCharArray(text, static_cast<int>(length)).trimmed()
+                              : QStringLiteral("error %1").arg(error);
+  if (text != nullptr) ::LocalFree(text);
+  return result;
+}
+
+void set_why(QString* why) {
+  if (why != nullptr) *why = error_text(::GetLastError());
+}
+
+qint64 to_ms(const FILETIME& time) {
+  ULARGE_INTEGER value;
+  value.LowPart = time.dwLowDateTime;
+  value.HighPart = time.dwHighDateTime;
+  // 100 ns ticks since 1601 to ms since 1970.
+  return static_cast<qint64>(value.QuadPart / 10'000) - 11'644'473'600'000LL;
+}
+
+FILETIME from_ms(qint64 ms) {
+  ULARGE_INTEGER value;
+  value.QuadPart = static_cast<ULONGLONG>(ms + 11'644'473'600'000LL) * 10'000;
+  FILETIME time;
+  time.dwLowDateTime = value.LowPart;
+  time.dwHighDateTime = value.HighPart;
+  return time;
+}
+
+}  // namespace
+
+file_state state_of(const QString& path, bool follow_links) {
+  const DWORD flags = FILE_FLAG_BACKUP_SEMANTICS | (follow_links ? 0 : FILE_FLAG_OPEN_REPARSE_POINT);
+  const owned_handle file(::CreateFileW(native(path).c_str(), FILE_READ_ATTRIBUTES,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, OPEN_EXISTING, flags, nullptr));
+  if (!file.valid()) return {};
+  BY_HANDLE_FILE_INFORMATION info;
+  if (!::GetFileInformationByHandle(file.get(), &info)) return {};
+  file_state state;
+  state.exists = true;
+  state.link = (info.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && !follow_links;
+  state.regular = (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 && !state.link;
+  state.size = (static_cast<qint64>(info.nFileSizeHigh) << 32) | info.nFileSizeLow;
+  state.modified_ms = to_ms(info.ftLastWriteTime);
+  state.device = info.dwVolumeSerialNumber;
+  state.inode = (static_cast<qint64>(info.nFileIndexHigh) << 32) | info.nFileIndexLow;
+  state.changed_ns = to_ms(info.ftLastWriteTime) * 1'000'000;
+  state.mode = (info.dwFileAttributes & FILE_ATTRIBUTE_READONLY) ? 0400 : 0600;
+  return state;
+}
+
+QString final_target(const QString& path) {
+  const owned_handle file(::CreateFileW(native(path).c_str(), 0,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  if (!file.valid()) {
+    // A link whose target is missing: Qt knows where it points.
+    const QString target = QFileInfo(path).symLinkTarget();
+    return target.isEmpty() ? path : target;
+  }
+  wchar_t buffer[MAX_PATH * 4];
+  const DWORD length = ::GetFinalPathNameByHandleW(file.get(), buffer, MAX_PATH * 4,
+                                                   FILE_NAME_NORMALIZED | VOLUME_NAME_DOS);
+  if (length == 0 || length >= MAX_PATH * 4) return path;
+  QString result = QString::fromWCharArray(buffer, static_cast<int>(length));
+  if (result.startsWith(QLatin1String("\\\\?\\"))) result = result.mid(4);
+  return QDir::fromNativeSeparators(result);
+}
+
+bool touch_later(const QString& path, qint64 after_ms, QString* why) {
+  const owned_handle file(::CreateFileW(native(path).c_str(), FILE_WRITE_ATTRIBUTES,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, OPEN_EXISTING, 0, nullptr));
+  if (!file.valid()) {
+    set_why(why);
+    return false;
+  }
+  FILETIME now;
+  ::GetSystemTimeAsFileTime(&now);
+  qint64 new_ms = to_ms(now);
+  if (new_ms <= after_ms) new_ms = after_ms + 1;
+  const FILETIME written = from_ms(new_ms);
+  if (::SetFileTime(file.get(), nullptr, nullptr, &written)) return true;
+  set_why(why);
+  return false;
+}
+
+bool make_private_file(const QString& path, const file_state* like, QString* why) {
+  // A new file in the profile inherits the profile's access list, which is the user's own.
+  const owned_handle file(::CreateFileW(native(path).c_str(), GENERIC_WRITE, 0, nullptr,
+                                        CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file.valid()) {
+    set_why(why);
+    return false;
+  }
+  (void)like;
+  return true;
+}
+
+void restore_owner_and_mode(const QString& path, const file_state& like) {
+  // Ownership and access lists stay with the directory's inheritance on Windows.
+  (void)path;
+  (void)like;
+}
+
+bool hard_link(const QString& from, const QString& to, QString* why) {
+  if (::CreateHardLinkW(native(to).c_str(), native(from).c_str(), nullptr)) return true;
+  set_why(why);
+  return false;
+}
+
+bool rename_over(const QString& from, const QString& to, QString* why) {
+  if (::MoveFileExW(native(from).c_str(), native(to).c_str(),
+                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+    return true;
+  }
+  set_why(why);
+  return false;
+}
+
+bool remove_file(const QString& path) {
+  return ::DeleteFileW(native(path).c_str()) || ::GetLastError() == ERROR_FILE_NOT_FOUND;
+}
+
+QString make_private_dir(const QString& pattern) {
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    QString path = pattern;
+    const QString letters = QStringLiteral("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ");
+    for (int i = path.size() - 6; i < path.size(); ++i) {
+      path[i] = letters[QRandomGenerator::system()->bounded(letters.size())];
+    }
+    if (::CreateDirectoryW(native(path).c_str(), nullptr)) return path;
+    if (::GetLastError() != ERROR_ALREADY_EXISTS) return QString();
+  }
+  return QString();
+}
+
+bool make_link(const QString& target, const QString& link) {
+  // Needs the right to make links (developer mode or the privilege); without it the owner opens
+  // the file under its own name and Qt takes the file's lock itself.
+  return ::CreateSymbolicLinkW(native(link).c_str(), native(target).c_str(),
+                               SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE) != 0;
+}
+
+void own_private_file(const QString& path) {
+  const file_state state = state_of(path, false);
+  if (state.exists && state.link) remove_file(path);
+  if (!state.exists || state.link) make_private_file(path, nullptr, nullptr);
+}
+
+void remove_dead_empty_lock(const QString& path, qint64 min_age_ms) {
+  // A lock file on Windows is held open without sharing by its writer: one that can be deleted
+  // is nobody's.
+  const file_state state = state_of(path, false);
+  FILETIME now;
+  ::GetSystemTimeAsFileTime(&now);
+  if (state.exists && state.size == 0 && to_ms(now) - state.modified_ms >= min_age_ms) {
+    ::DeleteFileW(native(path).c_str());
+  }
+}
+
+qint64 this_user() { return 0; }
+
+qint64 this_process() { return static_cast<qint64>(::GetCurrentProcessId()); }
+
+bool process_is_gone(qint64 pid) {
+  if (pid <= 0) return false;
+  const owned_handle process(
+      ::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(pid)));
+  if (!process.valid()) return ::GetLastError() == ERROR_INVALID_PARAMETER;
+  DWORD code = 0;
+  return ::GetExitCodeProcess(process.get(), &code) && code != STILL_ACTIVE;
+}
+
+bool process_is_stopped(qint64 pid) {
+  (void)pid;
+  return false;
+}
+
+QString last_error_text() { return error_text(::GetLastError()); }
+
+}  // namespace cfgq_platform

@@ -1,0 +1,661 @@
+// The settings file's owner: records per real file, aliases, the locked and checked write, the
+// set-asides and the copies of damaged files. See cfgq_settings_file.h for the design.
+#include "cfgq_settings_file.h"
+
+#include <atomic>
+#include <chrono>
+#include <random>
+#include <thread>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+#include <QLockFile>
+#include <QTemporaryFile>
+
+#include "cfgq_diagnostics.h"
+#include "cfgq_file_platform.h"
+#include "cfgq_location.h"
+#include "cfgq_settings_cache.h"
+#include "cfgq_tool.h"
+
+namespace platform = cfgq_platform;
+
+// One alias of a real file, and what the settings objects opened on it hold of the file.
+struct cfgq_file_generation {
+  QString alias;              // the path Qt's settings objects open
+  bool discarding = false;    // the alias points into the void: writes through it are dropped
+  QString refusal;            // why writes are refused (for an object that can't write at all)
+  platform::file_state known;  // the file as Qt's parsed state on this alias last matched it
+  bool known_valid = false;
+  int dirty_objects = 0;  // objects on this alias with changes not yet written
+};
+
+// One real file of the process.
+struct cfgq_file_record {
+  QString real;     // the file's final path
+  bool shared = true;  // other processes use it (the temporary file is this process's alone)
+  std::mutex mutex;    // guards the fields below; held across each locked write
+  std::shared_ptr<cfgq_file_generation> current;
+  int generations = 0;
+  platform::file_state checked;  // the file as last found free of damage
+  qint64 number = 0;             // names this record's aliases
+};
+
+namespace {
+
+constexpr qint64 default_lock_wait_ms = 10'000;
+// An empty lock file older than this that nobody holds a lock on is a writer's killed between
+// making it and writing its process id (a live writer locks it the moment it makes it). A lock
+// naming a process that is gone is taken over at once.
+constexpr qint64 dead_empty_lock_age_ms = 1'000;
+
+// The process's private directory: aliases and Qt's own locks of them. Named after the process
+// (cfgq.<pid>.XXXXXX in the temporary directory) so that a later process can tell that its
+// maker is gone and remove it.
+class process_directory {
+ public:
+  process_directory() {
+    const QString temp = QString::fromStdString(cfgq_temp_directory());
+    cfgq_remove_dead_process_files(temp);
+    const QString pattern = QDir(temp).filePath(
+        QStringLiteral("cfgq.%1.XXXXXX").arg(platform::this_process()));
+    m_path = platform::make_private_dir(pattern);
+    if (m_path.isEmpty()) {
+      cfgq_debug(std::string("No private directory for the settings file's aliases in ") +
+                 temp.toStdString() + ": " + platform::last_error_text().toStdString() +
+                 "; writes use Qt's own lock");
+    }
+  }
+  ~process_directory() {
+    if (m_path.isEmpty()) return;
+    // Only what this process made: aliases, Qt's locks of them, and what was discarded.
+    QDir dir(m_path);
+    for (const QString& name : dir.entryList(QDir::AllEntries | QDir::System | QDir::Hidden |
+                                             QDir::NoDotAndDotDot)) {
+      platform::remove_file(dir.filePath(name));
+    }
+    dir.rmdir(m_path);
+  }
+  process_directory(const process_directory&) = delete;
+  process_directory& operator=(const process_directory&) = delete;
+
+  const QString& path() const { return m_path; }
+  qint64 next_number() { return ++m_numbers; }
+
+ private:
+  QString m_path;
+  std::atomic<qint64> m_numbers{0};
+};
+
+process_directory& private_dir() {
+  static process_directory instance;
+  return instance;
+}
+
+class file_records {
+ public:
+  std::shared_ptr<cfgq_file_record> find_or_make(const QString& real, bool shared) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    std::shared_ptr<cfgq_file_record>& record = m_records[real];
+    if (!record) {
+      record = std::make_shared<cfgq_file_record>();
+      record->real = real;
+      record->shared = shared;
+      record->number = private_dir().next_number();
+    }
+    return record;
+  }
+
+ private:
+  std::mutex m_mutex;
+  QHash<QString, std::shared_ptr<cfgq_file_record>> m_records;
+};
+
+file_records& records() {
+  static file_records instance;
+  return instance;
+}
+
+// Removes the second names that killed writers of this file left ("<file>.cfgq-keep.<pid>", see
+// write_checked) once their process is provably gone: they hold an older version of the file.
+void remove_dead_writers_keeps(const QString& real) {
+  const QFileInfo file(real);
+  const QString prefix = file.fileName() + QStringLiteral(".cfgq-keep.");
+  QDir dir = file.dir();
+  for (const QString& name : dir.entryList({prefix + QLatin1Char('*')},
+                                           QDir::Files | QDir::Hidden | QDir::System)) {
+    bool number = false;
+    const qint64 pid = name.mid(prefix.size()).toLongLong(&number);
+    if (number && pid != platform::this_process() && platform::process_is_gone(pid)) {
+      platform::remove_file(dir.filePath(name));
+    }
+  }
+}
+
+// A new alias of the record's file; the record's views from now on open it. The old alias stays
+// (objects opened on it may still write through it) but loses its keeper.
+std::shared_ptr<cfgq_file_generation> new_generation(cfgq_file_record& record) {
+  auto generation = std::make_shared<cfgq_file_generation>();
+  const QString& dir = private_dir().path();
+  if (dir.isEmpty()) {
+    generation->alias = record.real;
+  } else {
+    generation->alias = QDir(dir).filePath(
+        QStringLiteral("f%1.%2").arg(record.number).arg(++record.generations));
+    if (!platform::make_link(record.real, generation->alias)) generation->alias = record.real;
+  }
+  if (record.current) cfgq_release_settings_file(record.current->alias);
+  record.current = generation;
+  return generation;
+}
+
+// Points `generation`'s alias into the void: whatever its objects write from now on is dropped.
+void discard_writes(cfgq_file_generation& generation) {
+  if (generation.discarding) return;
+  generation.discarding = true;
+  const QString& dir = private_dir().path();
+  if (dir.isEmpty() || generation.alias == QString()) return;
+  const QString replacement = generation.alias + QStringLiteral(".new");
+  platform::remove_file(replacement);
+  if (platform::make_link(generation.alias + QStringLiteral(".void"), replacement)) {
+    platform::rename_over(replacement, generation.alias, nullptr);
+  }
+  cfgq_release_settings_file(generation.alias);
+}
+
+qint64 number_from_environment(const char* name, qint64 fallback) {
+  const char* text = std::getenv(name);
+  if (text == nullptr || *text == '\0') return fallback;
+  char* end = nullptr;
+  const long long value = std::strtoll(text, &end, 10);
+  return (end != nullptr && *end == '\0' && value >= 0) ? value : fallback;
+}
+
+void report_failure(const QString& path, const QString& reason, qint64 lock_pid = 0) {
+  cfgq_debug("Settings not written: " + path.toStdString() + ": " + reason.toStdString());
+  cfgq_write_failure failure;
+  failure.path = path;
+  failure.reason = reason;
+  failure.lock_pid = lock_pid;
+  cfgq_note_write_failure(failure);
+}
+
+// The file's lock among processes: "<file>.lock", taken the way every writer of the file takes
+// it, but waited for only so long.
+class file_lock {
+ public:
+  explicit file_lock(const QString& real) : m_path(real + QStringLiteral(".lock")), m_lock(m_path) {}
+  // False after the wait; *why then says who holds it.
+  bool take(QString* why, qint64* holder) {
+    // Short, jittered polls: Qt's own wait doubles its sleep up to seconds, and a waiter that
+    // sleeps long loses the lock to every writer that comes after it.
+    const qint64 wait_ms = cfgq_lock_wait_ms();
+    QElapsedTimer waited;
+    waited.start();
+    std::minstd_rand jitter(static_cast<unsigned>(platform::this_process()));
+    for (;;) {
+      platform::remove_dead_empty_lock(m_path, dead_empty_lock_age_ms);
+      if (m_lock.tryLock(0)) return true;
+      if (m_lock.error() != QLockFile::LockFailedError || waited.elapsed() >= wait_ms) break;
+      std::this_thread::sleep_for(std::chrono::microseconds(500 + jitter() % 2'000));
+    }
+    qint64 pid = 0;
+    QString host;
+    QString app;
+    if (m_lock.error() == QLockFile::LockFailedError && m_lock.getLockInfo(&pid, &host, &app)) {
+      *holder = pid;
+      const QString state = platform::process_is_stopped(pid) ? QStringLiteral(", stopped")
+                                                               : QString();
+      *why = QStringLiteral("locked by process %1 (%2%3) for more than %4 ms")
+                 .arg(pid)
+                 .arg(app.isEmpty() ? QStringLiteral("unknown") : app, state)
+                 .arg(cfgq_lock_wait_ms());
+    } else if (m_lock.error() == QLockFile::PermissionError) {
+      *why = QStringLiteral("its lock file can't be made: Permission denied");
+    } else if (m_lock.error() == QLockFile::LockFailedError) {
+      *why = QStringLiteral("locked by another process for more than %1 ms")
+                 .arg(cfgq_lock_wait_ms());
+    } else {
+      *why = QStringLiteral("its lock file can't be made (disk full?)");
+    }
+    return false;
+  }
+
+ private:
+  QString m_path;
+  QLockFile m_lock;
+};
+
+// True when writes through `generation` need the file's lock taken by the owner: the file is
+// shared with other processes and Qt's settings objects open it through an alias (opened under
+// its own name, Qt takes that lock itself).
+bool takes_own_lock(const cfgq_file_record& record, const cfgq_file_generation& generation) {
+  return record.shared && generation.alias != record.real;
+}
+
+// Why the file at `real` can't be written, as the system says it.
+QString write_refusal_reason(const QString& real) {
+  const QFileInfo info(real);
+  if (info.exists()) {
+    QFile file(real);
+    if (!file.open(QIODevice::ReadWrite)) return file.errorString();
+  }
+  const QString dir = info.absolutePath();
+  QTemporaryFile probe(QDir(dir).filePath(QStringLiteral(".cfgq-probe-XXXXXX")));
+  if (!probe.open()) return QStringLiteral("%1: %2").arg(dir, probe.errorString());
+  return QStringLiteral("the new file could not be written");
+}
+
+// How many line ends Qt's writer puts in a file holding what `settings` (standing at the root)
+// holds: a line per key, a header per top-level group (and one for the root's own keys), and a
+// blank line between groups. A file cut short has fewer: its last line end went with the cut.
+qint64 expected_line_ends(QSettings& settings) {
+  const qint64 keys = settings.allKeys().size();
+  if (keys == 0) return 0;
+  const qint64 sections = settings.childGroups().size() + (settings.childKeys().isEmpty() ? 0 : 1);
+  return keys + 2 * sections - 1;
+}
+
+// The line ends in the file at `path`, -1 when it can't be read.
+qint64 line_ends_in(const QString& path, bool* ends_with_line_end) {
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly)) return -1;
+  qint64 count = 0;
+  char last = '\n';
+  std::vector<char> buffer(1 << 16);
+  for (;;) {
+    const qint64 got = file.read(buffer.data(), static_cast<qint64>(buffer.size()));
+    if (got < 0) return -1;
+    if (got == 0) break;
+    const char* p = buffer.data();
+    const char* end = p + got;
+    while ((p = static_cast<const char*>(std::memchr(p, '\n', end - p))) != nullptr) {
+      ++count;
+      ++p;
+    }
+    last = buffer[static_cast<size_t>(got - 1)];
+  }
+  *ends_with_line_end = last == '\n';
+  return count;
+}
+
+bool is_valid_utf8(const QByteArray& bytes) {
+  const auto* p = reinterpret_cast<const unsigned char*>(bytes.constData());
+  const auto* end = p + bytes.size();
+  while (p < end) {
+    if (*p < 0x80) {
+      ++p;
+      continue;
+    }
+    int follow = 0;
+    unsigned min = 0;
+    unsigned code = 0;
+    if ((*p & 0xE0) == 0xC0) {
+      follow = 1, min = 0x80, code = *p & 0x1F;
+    } else if ((*p & 0xF0) == 0xE0) {
+      follow = 2, min = 0x800, code = *p & 0x0F;
+    } else if ((*p & 0xF8) == 0xF0) {
+      follow = 3, min = 0x10000, code = *p & 0x07;
+    } else {
+      return false;
+    }
+    if (end - p <= follow) return false;
+    for (int i = 1; i <= follow; ++i) {
+      if ((p[i] & 0xC0) != 0x80) return false;
+      code = (code << 6) | (p[i] & 0x3F);
+    }
+    if (code < min || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return false;
+    p += follow + 1;
+  }
+  return true;
+}
+
+// True when Qt reads the file of `settings`, standing at the root, with a format error. Qt finds
+// a damaged header when it reads the file, a damaged line only when it parses its section.
+bool reads_with_format_error(const QSettings& settings) {
+  if (settings.status() == QSettings::FormatError) return true;
+  (void)settings.childKeys();
+  return settings.status() == QSettings::FormatError;
+}
+
+// Writes `bytes` to `path` through a new file beside it, renamed into place once every byte is
+// written, so that `path` holds its old bytes or all the new ones, and a link standing there is
+// replaced, never written through. The new file is readable by its owner only.
+bool replace_file(const QString& path, const QByteArray& bytes, QString* why) {
+  QTemporaryFile temporary(path + QStringLiteral(".XXXXXX.tmp"));
+  if (!temporary.open() || temporary.write(bytes) != bytes.size() || !temporary.flush()) {
+    *why = temporary.errorString();
+    return false;
+  }
+  temporary.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+  if (!platform::rename_over(temporary.fileName(), path, why)) return false;
+  temporary.setAutoRemove(false);
+  return true;
+}
+
+// Before any write can replace what Qt could not read faithfully (a format error, bytes that
+// are not UTF-8), keeps a byte-exact copy of the file as "<file>.format-error". A file checked
+// once is checked again only after it changed. Called with the record's mutex held.
+void keep_damaged_copy(cfgq_file_record& record, QSettings& settings,
+                       const platform::file_state& state) {
+  if (!state.exists || state.size == 0 || record.checked.same_as(state)) return;
+  QFile file(record.real);
+  if (!file.open(QIODevice::ReadOnly)) return;
+  const QByteArray bytes = file.readAll();
+  file.close();
+  const bool format_error = reads_with_format_error(settings);
+  const bool undecodable = !is_valid_utf8(bytes);
+  if (!format_error && !undecodable) {
+    record.checked = state;
+    return;
+  }
+  // Another process may have rewritten the file since Qt read it: its writer saw the damage
+  // first and kept the copy, which clean bytes must not replace.
+  if (!undecodable) {
+    QTemporaryFile probe(QDir(QFileInfo(record.real).absolutePath())
+                             .filePath(QStringLiteral(".cfgq-format-check-XXXXXX")));
+    if (!probe.open() || probe.write(bytes) != bytes.size() || !probe.flush()) return;
+    probe.close();
+    const QSettings reader(probe.fileName(), QSettings::IniFormat);
+    if (!reads_with_format_error(reader)) return;
+  }
+  const QString copy = record.real + QLatin1String(cfgq_format_error_suffix);
+  QString why;
+  if (replace_file(copy, bytes, &why)) {
+    cfgq_debug("Kept a copy of " + record.real.toStdString() + " as " + copy.toStdString() +
+               ": " + (undecodable ? "it holds bytes that are not UTF-8" : "it has format errors") +
+               ", which the next write would not keep");
+    record.checked = state;
+  } else {
+    cfgq_debug("Could not keep a copy of the damaged file " + record.real.toStdString() + ": " +
+               why.toStdString());
+  }
+}
+
+// Lets Qt write the file through `generation`'s alias (`write` makes the settings object that
+// writes, or has one write, and returns it standing at the root), with the file's lock held or
+// not needed, and checks the outcome: a file that is no regular file is not written; a missing
+// file is made private first; Qt is made to read again a file written by others since it read
+// it; a new file cut short (a full disk, a quota) is replaced by the old one again. Returns
+// why the write failed, or empty text. The record's mutex is held.
+QString write_checked(cfgq_file_record& record, cfgq_file_generation& generation,
+                      const std::function<QSettings&()>& write) {
+  const platform::file_state before = platform::state_of(record.real, false);
+  if (before.exists && !before.regular) {
+    // A link, device or directory put in place of the file since it was opened.
+    return QStringLiteral("not a regular file");
+  }
+  if (!before.exists) {
+    // Qt would make the file readable by everyone (and writable, under umask 000).
+    platform::make_private_file(record.real, nullptr, nullptr);
+  } else if (!generation.known_valid || !before.same_as(generation.known)) {
+    // Another process wrote the file since Qt read it: make sure Qt sees it changed, by more
+    // than its size and modification time, and reads it again before it merges and writes.
+    platform::touch_later(record.real, before.modified_ms, nullptr);
+  }
+  const platform::file_state start = platform::state_of(record.real, true);
+  // A second name for the old file: if the new one comes out short, it goes back in place.
+  const QString keep =
+      record.real + QStringLiteral(".cfgq-keep.%1").arg(platform::this_process());
+  platform::remove_file(keep);
+  const bool kept =
+      start.exists && start.size > 0 && platform::hard_link(record.real, keep, nullptr);
+
+  QSettings& settings = write();
+  const platform::file_state written = platform::state_of(record.real, true);
+  QString failure;
+  if (settings.status() == QSettings::AccessError) {
+    failure = write_refusal_reason(record.real);
+  } else if (!written.same_as(start)) {
+    bool ends_with_line_end = true;
+    const qint64 found = line_ends_in(record.real, &ends_with_line_end);
+    // The count is exact while no other object on the alias can change what Qt holds (their
+    // first change waits for the record's mutex); otherwise a cut shows in the last line alone.
+    const bool exact = generation.dirty_objects == 0;
+    const qint64 expected = exact ? expected_line_ends(settings) : found;
+    if (found != expected || (written.size > 0 && !ends_with_line_end)) {
+      failure = QStringLiteral("the new content was cut short (disk full or over quota?)");
+      if (kept) {
+        QString restore_why;
+        if (!platform::rename_over(keep, record.real, &restore_why)) {
+          failure += QStringLiteral("; the old file could not be put back: ") + restore_why;
+        }
+      } else if (!start.exists || start.size == 0) {
+        // Nothing was there: nothing to lose but the cut file.
+        platform::remove_file(record.real);
+      }
+    }
+  }
+  if (kept) platform::remove_file(keep);
+  if (!failure.isEmpty()) return failure;
+  if (before.exists && !written.same_file(before)) {
+    // A write by another user (root) made a new file: give it back its owner and mode.
+    platform::restore_owner_and_mode(record.real, before);
+  }
+  generation.known = platform::state_of(record.real, true);
+  generation.known_valid = true;
+  // Qt writes only what it parsed without error: the new file needs no check for damage.
+  record.checked = generation.known;
+  return QString();
+}
+
+// Renames the record's file to its name with `suffix` appended, if it is still the file that
+// `measured` describes (and, for `size_limit` >= 0, still larger than it), under the file's lock,
+// so that it happens once however many processes found it. The file made in its place keeps its
+// owner and mode. False when the lock could not be had (*why says why). Record's mutex held.
+bool set_aside(cfgq_file_record& record, const platform::file_state& measured,
+               const char* suffix, qint64 size_limit, QString* why) {
+  file_lock lock(record.real);
+  qint64 holder = 0;
+  // Taken even where Qt opens the file under its own name: no settings object holds it here.
+  if (record.shared && !lock.take(why, &holder)) return false;
+  const platform::file_state now = platform::state_of(record.real, true);
+  if (!now.same_file(measured) || (size_limit >= 0 && now.size <= size_limit)) return true;
+  // The file's parsed state goes with it: a file set aside for its size must not stay in memory.
+  if (record.current) cfgq_release_settings_file(record.current->alias);
+  QString rename_why;
+  if (!platform::rename_over(record.real, record.real + QLatin1String(suffix), &rename_why)) {
+    cfgq_debug("Could not set aside " + record.real.toStdString() + ": " +
+               rename_why.toStdString());
+    return true;
+  }
+  platform::make_private_file(record.real, &now, nullptr);
+  // Settings objects must not go on with what they read of the old file.
+  new_generation(record);
+  return true;
+}
+
+// A settings object that holds nothing and whose writes go nowhere, for a path with nothing
+// usable behind it; `reason` says why, when one of its writes is refused.
+std::shared_ptr<cfgq_file_generation> void_generation(const QString& reason) {
+  auto generation = std::make_shared<cfgq_file_generation>();
+  generation->discarding = true;
+  generation->refusal = reason;
+  const QString& dir = private_dir().path();
+  generation->alias = dir.isEmpty() ? QString()
+                                    : QDir(dir).filePath(QStringLiteral("void.%1").arg(
+                                          private_dir().next_number()));
+  return generation;
+}
+
+}  // namespace
+
+qint64 cfgq_lock_wait_ms() {
+  return number_from_environment("KORVEL_LOCK_WAIT_MS", default_lock_wait_ms);
+}
+
+cfgq_settings_file::cfgq_settings_file(const QString& alias, const QString& path,
+                                       std::shared_ptr<cfgq_file_record> record,
+                                       std::shared_ptr<cfgq_file_generation> generation)
+    : QSettings(alias, QSettings::IniFormat),
+      m_path(path),
+      m_record(std::move(record)),
+      m_generation(std::move(generation)) {}
+
+std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path,
+                                                             bool temporary) {
+  if (path.isEmpty()) {
+    auto generation = void_generation(QStringLiteral("no settings file can be made"));
+    return std::unique_ptr<cfgq_settings_file>(
+        new cfgq_settings_file(generation->alias, path, nullptr, generation));
+  }
+  // The temporary file is ours by name: whatever was planted there is replaced, never followed
+  // (while no write of the process is under way: a write gives the file a second name).
+  std::shared_ptr<cfgq_file_record> record;
+  std::unique_lock<std::mutex> guard;
+  if (temporary) {
+    record = records().find_or_make(path, false);
+    guard = std::unique_lock<std::mutex>(record->mutex);
+    cfgq_secure_temporary_file(path);
+  }
+  const platform::file_state seen = platform::state_of(path, false);
+  const QString real = seen.link ? platform::final_target(path) : path;
+  platform::file_state state = seen.link ? platform::state_of(real, true) : seen;
+  if (state.exists && !state.regular) {
+    auto generation = void_generation(QStringLiteral("not a regular file"));
+    return std::unique_ptr<cfgq_settings_file>(
+        new cfgq_settings_file(generation->alias, path, nullptr, generation));
+  }
+  if (!temporary) {
+    record = records().find_or_make(real, true);
+    guard = std::unique_lock<std::mutex>(record->mutex);
+  }
+  if (state.exists && state.size > max_file_bytes) {
+    QString why;
+    if (!set_aside(*record, state, ".large", max_file_bytes, &why)) {
+      // Never loaded, never replaced: the view holds nothing until the lock is free.
+      auto generation = void_generation(why);
+      return std::unique_ptr<cfgq_settings_file>(
+          new cfgq_settings_file(generation->alias, path, nullptr, generation));
+    }
+    state = platform::state_of(real, true);
+  }
+  if (!record->current && record->shared) remove_dead_writers_keeps(real);
+  std::shared_ptr<cfgq_file_generation> generation =
+      record->current ? record->current : new_generation(*record);
+  // Qt would go on with what it read before when a new file looks the same to it (same size,
+  // same modification time in milliseconds: a same-size write within one tick of a coarse
+  // clock): objects on a new alias read it anew.
+  if (generation->known_valid && state.exists && !state.same_as(generation->known) &&
+      state.size == generation->known.size &&
+      state.modified_ms == generation->known.modified_ms) {
+    generation = new_generation(*record);
+  }
+
+  std::unique_ptr<cfgq_settings_file> settings;
+  if (generation->dirty_objects > 0 && takes_own_lock(*record, *generation)) {
+    // Opening writes the changes other objects on the alias hold: under the file's lock.
+    file_lock lock(record->real);
+    QString why;
+    qint64 holder = 0;
+    if (!lock.take(&why, &holder)) {
+      // Those changes wait for their own objects' writes; this object reads the file anew.
+      generation = new_generation(*record);
+      settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
+    } else {
+      const QString failure = write_checked(*record, *generation, [&]() -> QSettings& {
+        settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
+        return *settings;
+      });
+      if (!failure.isEmpty()) {
+        // The other objects' changes are refused at their own ends; this one reads anew.
+        discard_writes(*generation);
+        report_failure(record->real, failure);
+        generation = new_generation(*record);
+        settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
+      }
+    }
+  } else {
+    settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
+    // Qt takes the file's stamp after reading its content: when the file changed meanwhile, Qt
+    // may hold the old content under the new stamp and would never read it again. Objects on a
+    // new alias read it afresh.
+    const platform::file_state after = platform::state_of(real, true);
+    if (after.same_as(state)) {
+      generation->known = state;
+      generation->known_valid = true;
+    } else {
+      new_generation(*record);
+    }
+  }
+  keep_damaged_copy(*record, *settings, generation->known);
+  // Keeps the file's parsed state for the next view, which then costs a lookup, not a re-read.
+  cfgq_keep_settings_file(generation->alias);
+  return settings;
+}
+
+void cfgq_settings_file::set_aside_damaged(const QString& path) {
+  const platform::file_state seen = platform::state_of(path, false);
+  const QString real = seen.link ? platform::final_target(path) : path;
+  const platform::file_state state = platform::state_of(real, true);
+  if (!state.exists || !state.regular) return;
+  std::shared_ptr<cfgq_file_record> record = records().find_or_make(real, true);
+  std::lock_guard<std::mutex> guard(record->mutex);
+  QString why;
+  if (!set_aside(*record, state, ".corrupt", -1, &why)) {
+    cfgq_debug("Could not set aside " + real.toStdString() + ": " + why.toStdString());
+  }
+}
+
+void cfgq_settings_file::mark_changed() {
+  if (m_changed) return;
+  m_changed = true;
+  if (!m_record) return;
+  std::lock_guard<std::mutex> guard(m_record->mutex);
+  ++m_generation->dirty_objects;
+}
+
+cfgq_settings_file::~cfgq_settings_file() { finish(); }
+
+void cfgq_settings_file::finish() {
+  if (m_finished || !m_changed) return;
+  m_finished = true;
+  if (!m_record) {
+    // Nothing usable behind the path: the changes go into the void with this object.
+    report_failure(m_path, m_generation->refusal);
+    sync();
+    return;
+  }
+  cfgq_file_record& record = *m_record;
+  cfgq_file_generation& generation = *m_generation;
+  std::lock_guard<std::mutex> guard(record.mutex);
+  --generation.dirty_objects;
+  if (generation.discarding) {
+    report_failure(m_path, QStringLiteral("an earlier write of the same changes was refused"));
+    sync();
+    return;
+  }
+
+  file_lock lock(record.real);
+  QString why;
+  qint64 holder = 0;
+  if (takes_own_lock(record, generation) && !lock.take(&why, &holder)) {
+    discard_writes(generation);
+    if (record.current.get() == &generation) new_generation(record);
+    report_failure(m_path, why, holder);
+    sync();
+    return;
+  }
+  const QString failure = write_checked(record, generation, [this]() -> QSettings& {
+    sync();
+    while (!group().isEmpty()) endGroup();
+    return *this;
+  });
+  if (failure.isEmpty()) return;
+  // The changes stay in Qt's state of this alias; later objects must not read them back, and
+  // when the write was not even tried, this object's end must not make it.
+  discard_writes(generation);
+  if (record.current.get() == &generation) new_generation(record);
+  report_failure(m_path, failure);
+  sync();
+}

@@ -1,0 +1,70 @@
+// The owner of a view's settings file: every view's settings object is one of these.
+//
+// Opening one locates the real file behind the path (through links), sets aside a file above
+// the size limit or one whose loading failed, and opens Qt's settings object on it. Finishing
+// one writes the view's changes under the file's lock, checks what reached the disk, and puts
+// the old file back when the new one came out short. Each real file has one record in the
+// process, shared by all its views, that says what the process's settings objects hold of it.
+//
+// Qt's settings objects tell a changed file only by its size and its modification time, take
+// that stamp after reading the content, and wait for ever for the lock of a stopped writer. So
+// the settings objects never open the file under its own name: they open a link to it in a
+// private directory of the process (an alias), which keeps Qt's own lock private, while the
+// owner takes the file's real lock ("<file>.lock", the protocol every writer of the file
+// follows) for a bounded time around every write. An alias also lets the owner start afresh:
+// settings objects opened on a new alias read the file anew, and an alias pointed into the
+// void discards the changes of a write that was refused.
+#pragma once
+
+#include <memory>
+
+#include <QSettings>
+#include <QString>
+
+struct cfgq_file_record;
+struct cfgq_file_generation;
+
+// How long a write waits for another process's lock on the settings file before it gives up:
+// KORVEL_LOCK_WAIT_MS milliseconds, 10,000 by default.
+qint64 cfgq_lock_wait_ms();
+
+class cfgq_settings_file : public QSettings {
+ public:
+  // Opens the settings file at `path` (the profile's file or the process's temporary file,
+  // `temporary`). A file above max_file_bytes is renamed to ".large" first, under the file's
+  // lock and only if it is still the file measured; the new, empty file keeps the old one's
+  // owner and mode. A path with nothing usable behind it (empty, a device, a directory) opens
+  // a settings object that holds nothing and whose writes are refused. Throws what Qt throws.
+  static std::unique_ptr<cfgq_settings_file> open(const QString& path, bool temporary);
+
+  // Renames the file at `path` to its name with ".corrupt" appended, under the file's lock, as
+  // init does when opening it threw.
+  static void set_aside_damaged(const QString& path);
+
+  ~cfgq_settings_file() override;
+  cfgq_settings_file(const cfgq_settings_file&) = delete;
+  cfgq_settings_file& operator=(const cfgq_settings_file&) = delete;
+
+  // The path the view was opened on (a link keeps its own name here).
+  const QString& path() const { return m_path; }
+
+  // Call before every change made through this object: only an object that changed something
+  // writes, and while it has unwritten changes, other objects on the file open under its lock.
+  void mark_changed();
+
+  // Writes this object's changes to the file (when it has any) under the file's lock, checks
+  // them and reports a failure on the debug channel and to cfgq_tool_take_write_failure. Called
+  // by the destructor; a second call does nothing.
+  void finish();
+
+ private:
+  cfgq_settings_file(const QString& alias, const QString& path,
+                     std::shared_ptr<cfgq_file_record> record,
+                     std::shared_ptr<cfgq_file_generation> generation);
+
+  QString m_path;
+  std::shared_ptr<cfgq_file_record> m_record;          // null for a file that can't be written
+  std::shared_ptr<cfgq_file_generation> m_generation;  // the alias this object opened
+  bool m_changed = false;
+  bool m_finished = false;
+};

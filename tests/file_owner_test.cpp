@@ -1,0 +1,388 @@
+// The settings file in a real home directory: many short-lived writers, an oversized file opened
+// by many processes at once, a stopped lock holder, linked profiles, a person's own files beside
+// the settings file, a disk that fills up mid-write, umask 000, links to things that are not
+// files, deep nesting and bytes that are not UTF-8. Writers run as separate processes: the tool,
+// the test writer and a stock tclsh.
+#include <csignal>
+#include <functional>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QProcess>
+#include <QSettings>
+#include <QStringList>
+#include <gtest/gtest.h>
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "cfgq.h"
+#include "cfgq_tool.h"
+#include "gen.h"
+#include "test_support.h"
+
+namespace {
+
+using Key = CFGQ_REGISTRY_KEY;
+using cfgq_test::read_bytes;
+using cfgq_test::write_file;
+
+struct run_result {
+  int status = -1;
+  QByteArray out;
+  QByteArray err;
+};
+
+class FileOwnerTest : public cfgq_test::SettingsTest {
+ public:
+  // Runs `program` with `args` in this test's environment plus `extra` ("NAME=value").
+  run_result run(const QString& program, const QStringList& args,
+                 const QStringList& extra = {}) const {
+    QProcess process;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    for (const QString& item : extra) {
+      const int eq = item.indexOf('=');
+      env.insert(item.left(eq), item.mid(eq + 1));
+    }
+    process.setProcessEnvironment(env);
+    process.start(program, args);
+    run_result result;
+    if (!process.waitForFinished(120'000)) return result;
+    result.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    result.out = process.readAllStandardOutput();
+    result.err = process.readAllStandardError();
+    return result;
+  }
+  run_result cfgq(const QStringList& args, const QStringList& extra = {}) const {
+    return run(QStringLiteral(CFGQ_TOOL_PATH), args, extra);
+  }
+  // A Tcl script with the package loaded.
+  run_result tcl(const QString& script, QStringList extra = {}) const {
+    // Under AddressSanitizer a stock tclsh needs its runtime loaded first.
+    const QString runtime = QStringLiteral(CFGQ_ASAN_RUNTIME);
+    for (QString& item : extra) {
+      if (item.startsWith("LD_PRELOAD=") && !runtime.isEmpty()) item.insert(11, runtime + ' ');
+    }
+    if (!runtime.isEmpty() && extra.filter("LD_PRELOAD=").isEmpty()) {
+      extra << "LD_PRELOAD=" + runtime << "ASAN_OPTIONS=detect_leaks=0";
+    }
+    return run(QStringLiteral(CFGQ_TCLSH), {QStringLiteral(CFGQ_TCL_RUNNER)},
+               extra + QStringList{QStringLiteral("CFGQ_TCL_SCRIPT=") + script,
+                                   QStringLiteral("TCLLIBPATH=" CFGQ_TCL_PACKAGE)});
+  }
+  // The names in the home directory, sorted.
+  QStringList home_entries() const {
+    return QDir(home()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System |
+                                  QDir::NoDotAndDotDot, QDir::Name);
+  }
+  int values_in(const QString& group) const {
+    QSettings raw(profile_file(), QSettings::IniFormat);
+    raw.beginGroup(group);
+    return static_cast<int>(raw.childKeys().size());
+  }
+};
+
+// Starts `count` shell loops at once and waits for them; each runs `body` with $k its number.
+void run_loops(int count, const QString& body, const QProcessEnvironment& env) {
+  std::vector<std::unique_ptr<QProcess>> loops;
+  for (int k = 0; k < count; ++k) {
+    auto loop = std::make_unique<QProcess>();
+    QProcessEnvironment mine = env;
+    mine.insert(QStringLiteral("k"), QString::number(k));
+    loop->setProcessEnvironment(mine);
+    loop->setProcessChannelMode(QProcess::ForwardedChannels);
+    loop->start(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), body});
+    loops.push_back(std::move(loop));
+  }
+  for (auto& loop : loops) EXPECT_TRUE(loop->waitForFinished(600'000));
+}
+
+// Short-lived writers of every kind on one file, each value through a process of its own: none
+// may be lost, and nothing may be left beside the file.
+TEST_F(FileOwnerTest, ShortLivedWritersOfEveryKindLoseNothing) {
+  const int per_loop = 40;
+  QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+  env.insert(QStringLiteral("N"), QString::number(per_loop));
+  env.insert(QStringLiteral("CFGQ"), QStringLiteral(CFGQ_TOOL_PATH));
+  env.insert(QStringLiteral("WRITER"), QStringLiteral(CFGQ_SETTINGS_WRITER));
+  env.insert(QStringLiteral("TCLSH"), QStringLiteral(CFGQ_TCLSH));
+  env.insert(QStringLiteral("RUNNER"), QStringLiteral(CFGQ_TCL_RUNNER));
+  env.insert(QStringLiteral("TCLLIBPATH"), QStringLiteral(CFGQ_TCL_PACKAGE));
+  if (*CFGQ_ASAN_RUNTIME != '\0') {
+    env.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(CFGQ_ASAN_RUNTIME));
+    env.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
+  }
+  const struct {
+    const char* what;
+    int loops;
+    const char* body;
+  } rows[] = {
+      {"cfgq set", 6, "i=0; while [ $i -lt $N ]; do \"$CFGQ\" set General L${k}_$i v$i || exit 1; "
+                      "i=$((i+1)); done"},
+      {"C++, tclsh and cfgq", 6,
+       "i=0; while [ $i -lt $N ]; do case $((k % 3)) in "
+       "0) \"$CFGQ\" set General L${k}_$i v$i ;; "
+       "1) CFGQ_TCL_SCRIPT=\"cfgq_create_registry -key L${k}_$i -value v$i General\" "
+       "\"$TCLSH\" \"$RUNNER\" ;; "
+       "2) \"$WRITER\" one L${k}_$i v$i ;; esac || exit 1; \"$CFGQ\" keys General >/dev/null; "
+       "i=$((i+1)); done"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    QFile::remove(profile_file());
+    run_loops(row.loops, QString::fromUtf8(row.body), env);
+    EXPECT_EQ(values_in(QStringLiteral("25.1_pro/General")), row.loops * per_loop);
+    EXPECT_EQ(home_entries(), QStringList{QStringLiteral("korvel2.kreg")});
+  }
+}
+
+// Eight processes that open a view at the same moment on a file above the size limit: it is set
+// aside once, byte for byte, keeps its mode, and the user's data is never in neither file.
+TEST_F(FileOwnerTest, OversizedFileIsSetAsideOnceByConcurrentStarts) {
+  QByteArray big = "[25.1_pro]\nGeneral\\Precious=kept\nGeneral\\Filler=";
+  big += QByteArray(10'000'100, 'x');
+  big += '\n';
+  for (int round = 0; round < 5; ++round) {
+    SCOPED_TRACE(round);
+    QFile::remove(profile_file() + ".large");
+    write_profile_file(big);
+    ::chmod(QFile::encodeName(profile_file()).constData(), 0640);
+    std::vector<std::unique_ptr<QProcess>> starts;
+    for (int p = 0; p < 8; ++p) {
+      auto process = std::make_unique<QProcess>();
+      process->start(QStringLiteral(CFGQ_TOOL_PATH),
+                     {QStringLiteral("get"), QStringLiteral("General"), QStringLiteral("Precious")});
+      starts.push_back(std::move(process));
+    }
+    for (auto& process : starts) EXPECT_TRUE(process->waitForFinished(120'000));
+    EXPECT_EQ(read_bytes(profile_file() + ".large"), big);
+    EXPECT_TRUE(QFileInfo::exists(profile_file()));
+    struct stat st {};
+    ASSERT_EQ(::stat(QFile::encodeName(profile_file()).constData(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0640u) << "the new file keeps the old one's mode";
+  }
+}
+
+// A writer stopped while it holds the file's lock makes others wait a bounded time, then their
+// write fails visibly, naming the holder; the file stays as it was.
+TEST_F(FileOwnerTest, StoppedLockHolderGivesABoundedVisibleFailure) {
+  { Key(Key::GENERAL, nullptr, nullptr).set_value("Before", "1"); }
+  const QByteArray before = profile_bytes();
+  const pid_t holder = ::fork();
+  if (holder == 0) {
+    QLockFile lock(profile_file() + ".lock");
+    if (!lock.tryLock(0)) ::_exit(1);
+    ::raise(SIGSTOP);
+    ::_exit(0);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(holder, &status, WUNTRACED), holder);
+  ASSERT_TRUE(WIFSTOPPED(status));
+  cfgq_test::EnvGuard wait("KORVEL_LOCK_WAIT_MS", std::string("300"));
+  cfgq_write_failure failure;
+  while (cfgq_tool_take_write_failure(&failure)) {
+  }
+  { Key(Key::GENERAL, nullptr, nullptr).set_value("During", "1"); }
+  ASSERT_TRUE(cfgq_tool_take_write_failure(&failure));
+  EXPECT_EQ(failure.lock_pid, holder);
+  EXPECT_TRUE(failure.reason.contains("stopped")) << failure.reason.toStdString();
+  EXPECT_EQ(profile_bytes(), before);
+  // Later views of the process don't read the refused value back from memory.
+  QVariant during;
+  EXPECT_FALSE(Key(Key::GENERAL, nullptr, nullptr).get_value("During", &during));
+  ::kill(holder, SIGKILL);
+  ::waitpid(holder, &status, 0);
+  // The dead holder's lock is taken over at once.
+  { Key(Key::GENERAL, nullptr, nullptr).set_value("After", "1"); }
+  EXPECT_FALSE(cfgq_tool_take_write_failure(&failure)) << failure.reason.toStdString();
+  EXPECT_EQ(raw_value("25.1_pro/General/After").toString(), "1");
+}
+
+// Two profiles whose settings files are links to one file share one lock and lose nothing.
+TEST_F(FileOwnerTest, LinkedProfilesShareOneLock) {
+  QTemporaryDir other;
+  ASSERT_TRUE(QFile::link(profile_file(), other.filePath("korvel2.kreg")));
+  QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+  env.insert(QStringLiteral("A"), home());
+  env.insert(QStringLiteral("B"), other.path());
+  env.insert(QStringLiteral("CFGQ"), QStringLiteral(CFGQ_TOOL_PATH));
+  run_loops(4,
+            QStringLiteral("i=0; while [ $i -lt 30 ]; do if [ $((k % 2)) = 0 ]; then H=$A; "
+                           "else H=$B; fi; HOME=$H \"$CFGQ\" set General L${k}_$i v || exit 1; "
+                           "i=$((i+1)); done"),
+            env);
+  EXPECT_EQ(values_in(QStringLiteral("25.1_pro/General")), 120);
+  EXPECT_TRUE(QFileInfo(other.filePath("korvel2.kreg")).isSymLink());
+}
+
+// A person's copies beside the settings file, whatever their names, survive reads and writes of
+// every kind, also beside a dead writer's lock; so does a file that only looks like a
+// temporary of ours.
+TEST_F(FileOwnerTest, PersonsFilesBesideTheSettingsFileStay) {
+  { Key(Key::GENERAL, nullptr, nullptr).set_value("Show_tips", "Yes"); }
+  const QStringList names = {"korvel2.kreg.Backup", "korvel2.kreg.MyCopy", "korvel2.kreg.AbCdEf",
+                             "korvel2.kreg.backup", "korvel2.kreg.orig",
+                             "korvel2.kreg.cfgq-keep.1", "CFGQ.1.abcdef"};
+  for (const QString& name : names) write_file(QDir(home()).filePath(name), name.toUtf8());
+  // A dead writer's lock: taken by a process that ends without giving it back.
+  const pid_t writer = ::fork();
+  if (writer == 0) {
+    QLockFile lock(profile_file() + ".lock");
+    ::_exit(lock.tryLock(0) ? 0 : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(writer, &status, 0), writer);
+  ASSERT_TRUE(QFileInfo::exists(profile_file() + ".lock"));
+  EXPECT_EQ(cfgq({"path"}).status, 0);
+  EXPECT_EQ(cfgq({"get", "General", "Show_tips"}).out, "Yes\n");
+  EXPECT_EQ(cfgq({"set", "General", "K", "v"}).status, 0);
+  EXPECT_EQ(tcl("puts [cfgq_read_registry -key K General]").out, "v\n");
+  for (const QString& name : names) {
+    EXPECT_EQ(read_bytes(QDir(home()).filePath(name)), name.toUtf8()) << name.toStdString();
+  }
+}
+
+// What a killed process left in the temporary directory goes with the next process; what a
+// live process or another program has there stays.
+TEST_F(FileOwnerTest, DeadProcessesTemporariesAreRemovedOthersStay) {
+  QTemporaryDir temp;
+  const pid_t gone = ::fork();
+  if (gone == 0) ::_exit(0);
+  ::waitpid(gone, nullptr, 0);
+  const QString dead_file = temp.filePath(QStringLiteral("CFGQ.%1.AbC123").arg(gone));
+  const QString dead_dir = temp.filePath(QStringLiteral("cfgq.%1.AbC123").arg(gone));
+  const QString live_file = temp.filePath(QStringLiteral("CFGQ.%1.AbC123").arg(::getpid()));
+  const QString foreign = temp.filePath(QStringLiteral("CFGQ1234AbC123"));
+  const QString dead_keep = profile_file() + QStringLiteral(".cfgq-keep.%1").arg(gone);
+  for (const QString& file : {dead_file, live_file, foreign, dead_keep}) write_file(file, "x");
+  ASSERT_TRUE(QDir().mkpath(dead_dir));
+  ASSERT_TRUE(QFile::link(home(), dead_dir + "/f1.1"));
+  cfgq({"get", "General", "Nothing"}, {"TMPDIR=" + temp.path()});
+  EXPECT_FALSE(QFileInfo::exists(dead_file));
+  EXPECT_FALSE(QFileInfo::exists(dead_dir));
+  EXPECT_FALSE(QFileInfo::exists(dead_keep));
+  EXPECT_TRUE(QFileInfo::exists(home()));
+  EXPECT_TRUE(QFileInfo::exists(live_file));
+  EXPECT_TRUE(QFileInfo::exists(foreign));
+  // And the run itself leaves nothing behind.
+  EXPECT_EQ(QDir(temp.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(), 2);
+}
+
+// A write stopped by a full disk at any offset of the new file leaves the old bytes or the
+// complete new content, and says so, for each writer.
+TEST_F(FileOwnerTest, WriteCutShortAtAnyOffsetKeepsTheOldFile) {
+  const struct {
+    const char* what;
+    int keys;  // the file's size follows: about 25 bytes a key
+    int step;  // offsets tried: every step-th
+  } sizes[] = {{"100 bytes", 3, 1}, {"20 KiB", 800, 997}, {"1 MB", 40'000, 99'991}};
+  const struct {
+    const char* what;
+    std::function<run_result(const FileOwnerTest&, const QStringList&)> write;
+  } writers[] = {
+      {"cfgq set", [](const FileOwnerTest& t, const QStringList& env) {
+         return t.cfgq({"set", "General", "New", "value"}, env);
+       }},
+      {"tclsh", [](const FileOwnerTest& t, const QStringList& env) {
+         return t.tcl("cfgq_create_registry -key New -value value General", env);
+       }},
+  };
+  for (const auto& size : sizes) {
+    QByteArray old_bytes;
+    {
+      QSettings raw(profile_file(), QSettings::IniFormat);
+      raw.clear();
+      for (int i = 0; i < size.keys; ++i) raw.setValue(QStringLiteral("25.1_pro/General/K%1").arg(i), i);
+    }
+    old_bytes = profile_bytes();
+    for (const auto& writer : writers) {
+      for (qint64 offset = 0; offset <= old_bytes.size() + 20; offset += size.step) {
+        SCOPED_TRACE(std::string(size.what) + ", " + writer.what + ", offset " +
+                     std::to_string(offset));
+        write_profile_file(old_bytes);
+        const run_result result = writer.write(
+            *this, {"LD_PRELOAD=" CFGQ_WRITE_FAULT, "WRITE_FAULT_DIR=" + home(),
+                    "WRITE_FAULT_OFFSET=" + QString::number(offset), "KORVEL_DEBUG=CFGQ",
+                    "ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0"});
+        const QByteArray now = profile_bytes();
+        if (now == old_bytes) {
+          EXPECT_TRUE(result.err.contains("Settings not written")) << result.err.constData();
+        } else {
+          QSettings check(profile_file(), QSettings::IniFormat);
+          EXPECT_EQ(check.value("25.1_pro/General/New").toString(), "value");
+          EXPECT_EQ(check.childGroups(), QStringList{"25.1_pro"});
+          check.beginGroup("25.1_pro/General");
+          EXPECT_EQ(check.childKeys().size(), size.keys + 1);
+        }
+        EXPECT_EQ(home_entries().filter(".cfgq-keep").size(), 0);
+      }
+    }
+  }
+}
+
+// Files and directories the library makes are the user's alone whatever the umask, and nothing
+// is written through a link to something that is not a regular file.
+TEST_F(FileOwnerTest, PrivateFilesAndNoWritesThroughLinksToNonFiles) {
+  const mode_t old_mask = ::umask(0);
+  { Key(Key::GENERAL, nullptr, nullptr).set_value("K", "v"); }
+  struct stat st {};
+  ASSERT_EQ(::stat(QFile::encodeName(profile_file()).constData(), &st), 0);
+  EXPECT_EQ(st.st_mode & 0777, 0600u);
+  ::umask(old_mask);
+
+  QTemporaryDir targets;
+  const QString fifo = targets.filePath("fifo");
+  ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+  for (const QString& target : {fifo, targets.path()}) {
+    SCOPED_TRACE(target.toStdString());
+    QFile::remove(profile_file());
+    ASSERT_TRUE(QFile::link(target, profile_file()));
+    cfgq_write_failure failure;
+    while (cfgq_tool_take_write_failure(&failure)) {
+    }
+    { Key(Key::GENERAL, nullptr, nullptr).set_value("K", "v"); }
+    EXPECT_TRUE(cfgq_tool_take_write_failure(&failure));
+    EXPECT_EQ(failure.reason, "not a regular file");
+    EXPECT_TRUE(QFileInfo(profile_file()).isSymLink());
+    EXPECT_FALSE(QFileInfo(target).isFile());
+  }
+}
+
+// Hostile content: a key nested 25,000 levels deep neither crashes the copy of migration nor
+// stops its marker; bytes that are not UTF-8 are kept as a byte-exact copy before a write
+// replaces them; a NUL in a Tcl value comes back as Tcl holds it.
+TEST_F(FileOwnerTest, HostileContentIsHandled) {
+  QByteArray deep = "[24.3_pro]\n";
+  for (int i = 0; i < 25'000; ++i) deep += "g\\";
+  deep += "Width=640\n";
+  write_profile_file(deep);
+  const run_result migrated = cfgq({"migrate"});
+  EXPECT_EQ(migrated.status, 0) << migrated.err.constData();
+  EXPECT_TRUE(raw_value("25.1_pro/Registry_version").isValid());
+
+  const QByteArray undecodable = "[25.1_pro]\nGeneral\\A=\xff\xfe\xc3\x28 bad\n";
+  write_profile_file(undecodable);
+  const run_result written = cfgq({"set", "General", "B", "1"}, {"KORVEL_DEBUG=CFGQ"});
+  EXPECT_EQ(read_bytes(profile_file() + ".format-error"), undecodable);
+  EXPECT_TRUE(written.err.contains("not UTF-8")) << written.err.constData();
+
+  const run_result nul = tcl(
+      "cfgq_create_registry -key N -value \"a\\0b\" General; "
+      "set r [cfgq_read_registry -key N General]; puts [expr {$r eq \"a\\0b\"}]");
+  EXPECT_EQ(nul.out, "1\n");
+}
+
+// Without HOME the profile directory comes from the password database.
+TEST_F(FileOwnerTest, ProfileDirectoryWithoutHome) {
+  cfgq_test::EnvGuard no_home("HOME", std::nullopt);
+  const struct passwd* entry = ::getpwuid(::geteuid());
+  ASSERT_NE(entry, nullptr);
+  EXPECT_EQ(gen_get_user_profile_directory(), std::string(entry->pw_dir));
+}
+
+}  // namespace

@@ -1,0 +1,258 @@
+// Two hidden entries of the tool, both made from the command table and the texts of --help:
+// `cfgq --manpage` prints the manual page cfgq(1) (the build runs it), and `cfgq __complete`
+// gives the shells' completion scripts their candidates.
+#include <algorithm>
+
+#include <QFileInfo>
+
+#include "cfgq_tool.h"
+#include "cli.h"
+#include "settings_snapshot.h"
+
+namespace cli {
+namespace {
+
+// One option as a command's --help lists it.
+struct option_row {
+  QStringList names;   // "-h", "--help"
+  QString value_name;  // "KEY" for "--main-key <KEY>", empty for a switch
+  QString description;
+};
+
+// The options block of a command's --help ("Options:", then "  -h, --help   Show ...", with
+// wrapped descriptions on indented lines).
+std::vector<option_row> options_of(const command& c, help_text help) {
+  std::vector<option_row> rows;
+  const QStringList lines = help(c).split(QLatin1Char('\n'));
+  qsizetype at = lines.indexOf(QStringLiteral("Options:"));
+  if (at < 0) return rows;
+  for (++at; at < lines.size() && !lines.at(at).trimmed().isEmpty(); ++at) {
+    const QString& line = lines.at(at);
+    if (line.startsWith(QLatin1String("  -"))) {
+      const qsizetype gap = line.indexOf(QLatin1String("  "), 2);
+      const QString names = line.mid(2, gap < 0 ? -1 : gap - 2);
+      option_row row;
+      for (QString name : names.split(QStringLiteral(", "))) {
+        const qsizetype value = name.indexOf(QLatin1String(" <"));
+        if (value >= 0) {
+          row.value_name = name.mid(value + 2).chopped(1);
+          name.truncate(value);
+        }
+        row.names.append(name);
+      }
+      row.description = gap < 0 ? QString() : line.mid(gap).trimmed();
+      rows.push_back(row);
+    } else if (!rows.empty()) {
+      rows.back().description += QLatin1Char(' ') + line.trimmed();
+    }
+  }
+  return rows;
+}
+
+// ---- Manual page ------------------------------------------------------------------------
+
+// One line of text in roff: backslashes and minus signs escaped, no line taken for a request.
+QString roff_line(const QString& line) {
+  QString out = line;
+  out.replace(QLatin1Char('\\'), QLatin1String("\\e")).replace(QLatin1Char('-'), QLatin1String("\\-"));
+  if (out.startsWith(QLatin1Char('.')) || out.startsWith(QLatin1Char('\''))) out.prepend(QLatin1String("\\&"));
+  return out;
+}
+
+// Help text as roff: lines run together into paragraphs, an empty line starts a new one, and
+// indented lines (examples) stay as they are.
+QString roff_text(const QString& text) {
+  QString out;
+  bool verbatim = false;
+  for (const QString& line : text.split(QLatin1Char('\n'))) {
+    const bool indented = line.startsWith(QLatin1String("  "));
+    if (indented != verbatim) out += indented ? QStringLiteral(".RS\n.nf\n") : QStringLiteral(".fi\n.RE\n");
+    verbatim = indented;
+    out += line.trimmed().isEmpty() ? QStringLiteral(".PP\n") : roff_line(indented ? line.mid(2) : line) + QLatin1Char('\n');
+  }
+  if (verbatim) out += QStringLiteral(".fi\n.RE\n");
+  return out;
+}
+
+QString quoted_heading(const QString& text) {
+  return QLatin1Char('"') + roff_line(text).replace(QLatin1Char('"'), QLatin1String("\\(dq")) + QLatin1Char('"');
+}
+
+}  // namespace
+
+QString manual_page(const std::vector<command>& commands, const QString& tool_help, help_text help,
+                    const QString& version) {
+  // The tool's --help: a usage paragraph, the description, "Commands:" with the list, then
+  // notes, the last of which is the exit status.
+  const QStringList paragraphs = tool_help.trimmed().split(QStringLiteral("\n\n"));
+  QStringList description, notes;
+  QString exit_status;
+  bool after_commands = false;
+  for (qsizetype i = 1; i < paragraphs.size(); ++i) {
+    const QString& paragraph = paragraphs.at(i);
+    if (paragraph.startsWith(QLatin1String("Commands:"))) {
+      after_commands = true;
+    } else if (paragraph.startsWith(QLatin1String("Exit status:"))) {
+      exit_status = paragraph.mid(qsizetype(sizeof("Exit status:")) - 1).trimmed();
+    } else {
+      (after_commands ? notes : description).append(paragraph);
+    }
+  }
+  QString page = QStringLiteral(
+                     ".TH CFGQ 1 \"\" \"cfgq %1\" \"User Commands\"\n"
+                     ".SH NAME\ncfgq \\- look at and repair the Korvel suite's user settings\n"
+                     ".SH SYNOPSIS\n.B cfgq\n.I COMMAND\n[\\fIoptions\\fR] [\\fIarguments\\fR]\n.br\n"
+                     ".B cfgq\n\\-\\-version | \\-\\-help | help \\fICOMMAND\\fR\n"
+                     ".SH DESCRIPTION\n")
+                     .arg(version);
+  page += roff_text(description.join(QStringLiteral("\n\n")));
+  if (!notes.isEmpty()) page += QStringLiteral(".PP\n") + roff_text(notes.join(QStringLiteral("\n\n")));
+  page += QStringLiteral(".SH COMMANDS\n");
+  for (const command& c : commands) {
+    page += QStringLiteral(".SS %1\n")
+                .arg(quoted_heading(QStringLiteral("cfgq %1 %2").arg(QLatin1String(c.name), QLatin1String(c.arguments)).trimmed()));
+    page += roff_text(QString::fromUtf8(c.details));
+    for (const option_row& row : options_of(c, help)) {
+      if (row.names.contains(QStringLiteral("--help"))) continue;  // every command has it
+      QString names = roff_line(row.names.join(QStringLiteral(", ")));
+      if (!row.value_name.isEmpty()) names += QStringLiteral(" \\fI%1\\fR").arg(roff_line(row.value_name));
+      page += QStringLiteral(".TP\n\\fB%1\n%2\n").arg(names, roff_line(row.description));
+    }
+  }
+  page += QStringLiteral(".SH EXIT STATUS\n") + roff_text(exit_status);
+  page += QStringLiteral(
+      ".SH FILES\n"
+      "The settings file is the one 'cfgq path' names (korvel2.kreg in the profile directory).\n"
+      "Writers lock it through korvel2.kreg.lock beside it; copies set aside beside it end in\n"
+      "\\&.large, .corrupt or .format\\-error.\n"
+      ".SH SHELL COMPLETION\n"
+      "The installed scripts for bash and zsh complete commands, options, section names and\n"
+      "the keys of a section.\n");
+  return page;
+}
+
+// ---- Completion -------------------------------------------------------------------------
+
+namespace {
+
+// The positional placeholders of a usage text: "SECTION KEY [--json]" gives SECTION, KEY;
+// "NAME VALUE [--separator S]" gives NAME, VALUE (an option's own value is not one).
+QStringList placeholders(const char* arguments) {
+  QStringList names;
+  bool in_option = false;
+  for (QString word : QString::fromUtf8(arguments).split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+    const bool closes = word.endsWith(QLatin1Char(']'));
+    word.remove(QLatin1Char('[')).remove(QLatin1Char(']'));
+    if (word.startsWith(QLatin1Char('-'))) in_option = !closes;
+    else if (!in_option) names.append(word);
+    else if (closes) in_option = false;
+  }
+  return names;
+}
+
+QStringList section_names(const QStringList& in_file) {
+  QStringList names = in_file;
+  for (int key = CFGQ_REGISTRY_KEY::GENERAL; key < CFGQ_REGISTRY_KEY::LAST_SUB_KEY; ++key) {
+    const auto& row = section_row(key);
+    const QString group = QString::fromUtf8(row.sub_key_name);
+    if (group.isEmpty()) continue;
+    names << group << QString::fromUtf8(row.enum_name);
+  }
+  return names;
+}
+
+}  // namespace
+
+int complete(const std::vector<command>& commands, const QStringList& given, help_text help) {
+  QStringList words = given;
+  if (words.isEmpty()) words.append(QString());
+  const QString current = words.takeLast();
+  QStringList candidates;
+  const auto done = [&](QStringList found) {
+    found.removeDuplicates();
+    found.sort();
+    for (const QString& candidate : found) {
+      if (candidate.startsWith(current)) print(candidate + QLatin1Char('\n'));
+    }
+    return exit_ok;
+  };
+  // Options before the command word belong to the tool.
+  while (!words.isEmpty() && words.first().startsWith(QLatin1Char('-'))) words.removeFirst();
+  if (words.isEmpty()) {
+    if (current.startsWith(QLatin1Char('-'))) return done({QStringLiteral("--help"), QStringLiteral("--version")});
+    candidates.append(QStringLiteral("help"));
+    for (const command& c : commands) candidates.append(QLatin1String(c.name));
+    return done(candidates);
+  }
+  const QString word = words.takeFirst();
+  if (word == QLatin1String("help")) {
+    if (words.isEmpty()) {
+      for (const command& c : commands) candidates.append(QLatin1String(c.name));
+    }
+    return done(candidates);
+  }
+  const auto found = std::find_if(commands.begin(), commands.end(),
+                                  [&](const command& c) { return word == QLatin1String(c.name); });
+  if (found == commands.end()) return done({});
+  const std::vector<option_row> options = options_of(*found, help);
+  const auto option_named = [&](const QString& name) -> const option_row* {
+    for (const option_row& row : options) {
+      if (row.names.contains(name)) return &row;
+    }
+    return nullptr;
+  };
+
+  // The positional arguments so far, and what the option before the current word wants.
+  QStringList positional;
+  QString main_key = cfgq_tool_main_key();
+  const option_row* wants_value = nullptr;
+  bool options_end = false;
+  for (const QString& w : words) {
+    if (wants_value != nullptr) {
+      if (wants_value->names.contains(QStringLiteral("--main-key"))) main_key = w;
+      wants_value = nullptr;
+    } else if (!options_end && w == QLatin1String("--")) {
+      options_end = true;
+    } else if (!options_end && w.startsWith(QLatin1Char('-')) && w.size() > 1) {
+      const option_row* row = option_named(w.section(QLatin1Char('='), 0, 0));
+      if (row != nullptr && !row->value_name.isEmpty() && !w.contains(QLatin1Char('='))) wants_value = row;
+    } else {
+      positional.append(w);
+    }
+  }
+  const QString path = cfgq_tool_settings_file();
+  if (wants_value != nullptr) {
+    if (wants_value->names.contains(QStringLiteral("--main-key"))) {
+      return done(read_settings(path, QString()).main_keys);
+    }
+    // A file name: the shell completes it (exit status 1 asks for that).
+    return wants_value->value_name.contains(QLatin1String("FILE")) ? exit_absent : done({});
+  }
+  if (!options_end && current.startsWith(QLatin1Char('-'))) {
+    for (const option_row& row : options) {
+      for (const QString& name : row.names) {
+        if (name.startsWith(QLatin1String("--"))) candidates.append(name);
+      }
+    }
+    return done(candidates);
+  }
+  const QString placeholder = placeholders(found->arguments).value(positional.size());
+  if (placeholder == QLatin1String("FILE")) return exit_absent;
+  if (placeholder == QLatin1String("SECTION")) {
+    QStringList in_file;
+    for (const QString& key : read_settings(path, main_key).values.keys()) {
+      if (key.contains(QLatin1Char('/'))) in_file.append(key.section(QLatin1Char('/'), 0, 0));
+    }
+    return done(section_names(in_file));
+  }
+  if (placeholder == QLatin1String("KEY")) {
+    const qsizetype at = placeholders(found->arguments).indexOf(QStringLiteral("SECTION"));
+    QString why;
+    const std::optional<QString> section = resolve_section(positional.value(at), &why);
+    if (at < 0 || !section) return done({});
+    return done(read_settings(path, main_key + QLatin1Char('/') + *section).values.keys());
+  }
+  return done({});
+}
+
+}  // namespace cli
