@@ -65,36 +65,40 @@ mutant $k "is_yes compares case-sensitively" \
 mutant $k "set_no writes the yes text" \
   'set_value(value_name, QVariant(QString::fromUtf8(CFGQ_NO_STR)));' \
   'set_value(value_name, QVariant(QString::fromUtf8(CFGQ_YES_STR)));'
-mutant $k "copy recurses with source and destination swapped" \
-  "count += copy(source + QLatin1Char('/') + group, destination + QLatin1Char('/') + group);" \
-  "count += copy(destination + QLatin1Char('/') + group, source + QLatin1Char('/') + group);"
+mutant $k "copy descends with source and destination swapped" \
+  "pending.emplace_back(from + QLatin1Char('/') + *group, to + QLatin1Char('/') + *group);" \
+  "pending.emplace_back(to + QLatin1Char('/') + *group, from + QLatin1Char('/') + *group);"
 mutant $k "copy does not count the values it visits" \
-  '    set_value(key, buffer.value(key));
-    ++count;' \
-  '    set_value(key, buffer.value(key));'
+  '      set_value(key, buffer.value(key));
+      ++count;' \
+  '      set_value(key, buffer.value(key));'
 mutant $k "copy writes into the current group, not the destination" \
-  '  m_settings->beginGroup(destination);
-  for' \
-  '  m_settings->beginGroup(QString());
-  for'
+  '    m_settings->beginGroup(to);
+    for' \
+  '    m_settings->beginGroup(QString());
+    for'
 mutant $k "clear_registry_key clears the whole file" \
   'for (const QString& key : m_settings->allKeys()) m_settings->remove(key);' \
   'm_settings->clear();'
+mutant $k "section table: one group name wrong" \
+  '{"OFCQ", "Orlesk_Foundation_Class"},' \
+  '{"OFCQ", "Orlesk_Foundation_Classes"},'
+
+k=gcl/cfgq/cfgq_settings_file.cpp
 mutant $k "file size check takes >= for >" \
-  'if (size > max_file_bytes) set_aside(".large");' \
-  'if (size >= max_file_bytes) set_aside(".large");'
+  'if (state.exists && state.size > max_file_bytes) {' \
+  'if (state.exists && state.size >= max_file_bytes) {'
 mutant $k "file size limit off by one upwards" \
-  'if (size > max_file_bytes) set_aside(".large");' \
-  'if (size > max_file_bytes + 1) set_aside(".large");'
+  'if (state.exists && state.size > max_file_bytes) {' \
+  'if (state.exists && state.size > max_file_bytes + 1) {'
+
+k=gcl/cfgq/cfgq_location.cpp
 mutant $k "main key: a given suffix is appended only when already there" \
   'if (!name.endsWith(given, Qt::CaseSensitive)) return name + given;' \
   'if (name.endsWith(given, Qt::CaseSensitive)) return name + given;'
 mutant $k "main key: 64-bit part misspelt" \
   'name += QLatin1String("_64-Bit");' \
   'name += QLatin1String("_64-bit");'
-mutant $k "section table: one group name wrong" \
-  '{"OFCQ", "Orlesk_Foundation_Class"},' \
-  '{"OFCQ", "Orlesk_Foundation_Classes"},'
 
 k=gcl/cfgq/cfgq_registry.cpp
 mutant $k "migration copies only from the running version" \
@@ -139,14 +143,14 @@ mutant $k "create accepts an empty key" \
   '  const char* value = args.get_one_arg_option(CFGQ_AUTO_ARGUMENT_VALUE);
   if (gen_is_empty_string(section)) return report_empty_type(interp);'
 mutant $k "read answers a found value with the empty text" \
-  'if (view.get_value(QString::fromUtf8(key), &value)) {' \
-  'if (!view.get_value(QString::fromUtf8(key), &value)) {'
+  'if (view.get_value(from_tcl(key), &value)) {' \
+  'if (!view.get_value(from_tcl(key), &value)) {'
 mutant $k "font: bold read from the italic field" \
   'const bool bold = field_array[4] == QLatin1String("1");' \
   'const bool bold = field_array[5] == QLatin1String("1");'
 mutant $k "get_all_keys runs the keys together" \
-  'Tcl_AppendElement(interp, key.toLocal8Bit().constData());' \
-  'Tcl_AppendResult(interp, key.toLocal8Bit().constData(), nullptr);'
+  'Tcl_AppendElement(interp, to_tcl(key.toLocal8Bit()).constData());' \
+  'Tcl_AppendResult(interp, to_tcl(key.toLocal8Bit()).constData(), nullptr);'
 mutant $k "clear_registry clears the whole file" \
   '  view.clear_registry_key();' \
   '  view.clear();'
