@@ -55,23 +55,15 @@ const char* const odd_names[] = {
     "@at_sign",
 };
 
-TEST_F(OddNamesTest, KeyNamesComeBackUnchanged) {
+TEST_F(OddNamesTest, KeyAndSectionNamesComeBackUnchanged) {
   // A "/" is not among them: it separates groups, so such a name reaches into a subgroup.
   for (const char* odd : odd_names) {
     SCOPED_TRACE(odd);
     const QString name = QString::fromUtf8(odd);
-    EXPECT_EQ(write_and_read_back("General", name, name + QStringLiteral(" value")).toString(),
-              name + QStringLiteral(" value"));
-  }
-}
-
-TEST_F(OddNamesTest, SectionNamesComeBackUnchanged) {
-  for (const char* odd : odd_names) {
-    SCOPED_TRACE(odd);
-    EXPECT_EQ(write_and_read_back(odd, QStringLiteral("Key"), QString::fromUtf8(odd)).toString(),
-              QString::fromUtf8(odd));
+    EXPECT_EQ(write_and_read_back("General", name, name + " value").toString(), name + " value");
+    EXPECT_EQ(write_and_read_back(odd, QStringLiteral("Key"), name).toString(), name);
     const Key main_key(Key::NO_SUB_KEY, "25.1", nullptr);
-    EXPECT_TRUE(main_key.childGroups().contains(QString::fromUtf8(odd)));
+    EXPECT_TRUE(main_key.childGroups().contains(name));
   }
 }
 
@@ -96,39 +88,28 @@ TEST_F(OddNamesTest, TextsComeBackUnchanged) {
     SCOPED_TRACE(i);
     const QVariant read = write_and_read_back("General", QStringLiteral("Text_%1").arg(i++), text);
     EXPECT_EQ(read.toString(), text);
-    EXPECT_EQ(read.toString().size(), text.size());
   }
 }
 
-TEST_F(OddNamesTest, BytesAndListsComeBackUnchanged) {
+TEST_F(OddNamesTest, BytesListsAndTypesTheTextFormatDoesNotKeep) {
+  // Bytes and lists come back as written. The library stores values unconverted; the file keeps
+  // numbers, truth values and lists of one item as their text. An empty list reads as no value.
   QByteArray every_byte;
   for (int b = 0; b < 256; ++b) every_byte.append(static_cast<char>(b));
-  EXPECT_EQ(write_and_read_back("General", "Bytes", every_byte), QVariant(every_byte));
-  EXPECT_EQ(write_and_read_back("General", "Empty_bytes", QByteArray()).toByteArray(),
-            QByteArray());
-
-  const QStringList lists[] = {
-      {"a", "b"},
-      {"with, comma", "with \"quote\"", "with\nline"},
-      {"", ""},
+  const QStringList lists[] = {{"a", "b"}, {"with, comma", "with \"quote\"", "with\nline"}, {"", ""}};
+  const std::pair<QVariant, QVariant> rows[] = {
+      {every_byte, every_byte},   {QByteArray(), QByteArray()},
+      {lists[0], lists[0]},       {lists[1], lists[1]},
+      {lists[2], lists[2]},       {42, QStringLiteral("42")},
+      {-7, QStringLiteral("-7")}, {qint64{1} << 40, QStringLiteral("1099511627776")},
+      {true, QStringLiteral("true")}, {1.5, QStringLiteral("1.5")},
+      {QStringList{"only"}, QStringLiteral("only")}, {QStringList(), QVariant()},
   };
-  for (const QStringList& list : lists) {
-    SCOPED_TRACE(list.join(QLatin1Char('|')).toStdString());
-    EXPECT_EQ(write_and_read_back("General", "List", list).toStringList(), list);
+  int i = 0;
+  for (const auto& [written, read] : rows) {
+    SCOPED_TRACE(i);
+    EXPECT_EQ(write_and_read_back("General", QStringLiteral("Typed_%1").arg(i++), written), read);
   }
-}
-
-TEST_F(OddNamesTest, TypesTheTextFormatDoesNotKeep) {
-  // The library stores values unconverted; the file keeps numbers, truth values and lists of one
-  // item as their text, which converts back to the value written. An empty list reads as no value.
-  EXPECT_EQ(write_and_read_back("General", "Int", 42), QVariant(QStringLiteral("42")));
-  EXPECT_EQ(write_and_read_back("General", "Negative", -7).toInt(), -7);
-  EXPECT_EQ(write_and_read_back("General", "Large", qint64{1} << 40).toLongLong(), qint64{1} << 40);
-  EXPECT_EQ(write_and_read_back("General", "Truth", true).toBool(), true);
-  EXPECT_EQ(write_and_read_back("General", "Fraction", 1.5).toDouble(), 1.5);
-  EXPECT_EQ(write_and_read_back("General", "One_item", QStringList{"only"}).toStringList(),
-            QStringList{"only"});
-  EXPECT_FALSE(write_and_read_back("General", "No_items", QStringList()).isValid());
 }
 
 TEST_F(OddNamesTest, LongTextsUpToTheLimit) {

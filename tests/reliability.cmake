@@ -1,10 +1,12 @@
-# Reliability tests, included from tests/CMakeLists.txt.
+# Reliability tests, included from tests/CMakeLists.txt. Labels: reliability; soak for the slow
+# runs of many processes instead (scripts/mutate.sh leaves them out); fuzz and install for the
+# runs that need CFGQ_LONG_TESTS=1.
 
 # The writer that the process tests start: one view per value, as the suite's tools write.
 add_executable(settings_writer settings_writer.cpp)
 target_link_libraries(settings_writer PRIVATE cfgq::cfgq cfgq_warnings cfgq_sanitize)
 
-cfgq_add_test(concurrency_test SOURCES concurrency_test.cpp LABELS reliability)
+cfgq_add_test(concurrency_test SOURCES concurrency_test.cpp LABELS soak)
 target_compile_definitions(concurrency_test PRIVATE
   CFGQ_SETTINGS_WRITER="$<TARGET_FILE:settings_writer>")
 add_dependencies(concurrency_test settings_writer)
@@ -17,7 +19,7 @@ cfgq_add_test(file_safety_test SOURCES file_safety_test.cpp INTERNAL LABELS reli
 add_test(NAME soak_short COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/soak.sh 8)
 set_tests_properties(soak_short PROPERTIES
   ENVIRONMENT "SETTINGS_WRITER=$<TARGET_FILE:settings_writer>"
-  LABELS reliability TIMEOUT 300)
+  LABELS soak TIMEOUT 300)
 
 # Hostile settings files. The fuzz target runs under libFuzzer in a Clang build configured with
 # CFGQ_FUZZ=ON (scripts/fuzz.sh); every build replays the seed corpus through the same target.
@@ -41,10 +43,9 @@ endif()
 find_program(CFGQ_CLANGXX clang++)
 if(CFGQ_CLANGXX AND NOT CFGQ_FUZZ)
   # A short, bounded run in a Clang build directory of its own beside this build.
-  add_test(NAME fuzz_short COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/fuzz.sh 20)
-  set_tests_properties(fuzz_short PROPERTIES
+  cfgq_add_long_test(fuzz_short LABELS reliability fuzz TIMEOUT 900
     ENVIRONMENT "FUZZ_BUILD_DIR=${PROJECT_BINARY_DIR}/fuzz"
-    LABELS "reliability;fuzz" TIMEOUT 900)
+    COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/fuzz.sh 20)
 endif()
 
 # Views on eight threads sharing one file; scripts/test.sh tsan runs these under ThreadSanitizer.
@@ -57,4 +58,4 @@ cfgq_add_test(odd_names_test SOURCES odd_names_test.cpp LABELS reliability)
 add_test(NAME tcl_two_writers
   COMMAND ${TCL_TCLSH} ${CMAKE_CURRENT_SOURCE_DIR}/tcl_load/two_writers.tcl 500)
 set_tests_properties(tcl_two_writers PROPERTIES
-  ENVIRONMENT "${cfgq_tcl_environment}" LABELS "tcl;reliability" TIMEOUT 600)
+  ENVIRONMENT "${cfgq_tcl_environment}" LABELS "tcl;soak" TIMEOUT 600)

@@ -1,9 +1,9 @@
 // Value access on a view: found and missing values, the last-error code, the size limit, yes/no
 // and the debug diagnostics of blanks and refused values.
+#include <functional>
 #include <optional>
 #include <string>
 
-#include <QSettings>
 #include <QVariantMap>
 #include <gtest/gtest.h>
 
@@ -19,78 +19,44 @@ constexpr qsizetype refused_units = 10'000'000;
 
 class ValuesTest : public cfgq_test::SettingsTest {};
 
-TEST_F(ValuesTest, ReadTellsMissingFromPresentAndKeepsTheOutParameter) {
-  Key key(Key::GENERAL, nullptr, nullptr);
-  EXPECT_EQ(key.get_last_error(), Key::REGISTRY_NO_ERROR);
-  key.set_value("Show_tips", "Yes");
-
-  QVariant out(QStringLiteral("untouched"));
-  EXPECT_FALSE(key.get_value("Absent", &out));
-  EXPECT_EQ(out.toString(), "untouched");
-  EXPECT_EQ(key.get_last_error(), Key::REGISTRY_VALUE_NOT_FOUND);
-
-  EXPECT_TRUE(key.get_value("Show_tips", &out));
-  EXPECT_EQ(out.toString(), "Yes");
-  EXPECT_EQ(key.get_last_error(), Key::REGISTRY_NO_ERROR);
-
-  // Forwards never touch the code, whatever they find.
-  EXPECT_FALSE(key.get_value("Absent", &out));
-  EXPECT_EQ(key.value("Absent", 7).toInt(), 7);
-  EXPECT_FALSE(key.contains("Absent"));
-  key.remove("Absent");
-  EXPECT_EQ(key.get_last_error(), Key::REGISTRY_VALUE_NOT_FOUND);
-}
-
-TEST_F(ValuesTest, EveryWriteResetsTheLastErrorEvenARefusedOne) {
-  struct Write {
-    const char* what;
-    QVariant value;
-  };
-  const Write writes[] = {
-      {"accepted", QStringLiteral("v")},
-      {"refused for size", QString(refused_units, QLatin1Char('x'))},
-  };
-  Key key(Key::GENERAL, nullptr, nullptr);
-  for (const Write& write : writes) {
-    SCOPED_TRACE(write.what);
-    QVariant out;
-    ASSERT_FALSE(key.get_value("Absent", &out));
-    ASSERT_EQ(key.get_last_error(), Key::REGISTRY_VALUE_NOT_FOUND);
-    key.set_value("Other", write.value);
-    EXPECT_EQ(key.get_last_error(), Key::REGISTRY_NO_ERROR);
-  }
-  ASSERT_FALSE(key.is_yes("Absent"));
-  key.set_no("Other");
-  EXPECT_EQ(key.get_last_error(), Key::REGISTRY_NO_ERROR);
-}
-
 TEST_F(ValuesTest, ReadFindsOnlyTheGroupsOwnKeysByExactName) {
   Key key(Key::GENERAL, nullptr, nullptr);
+  EXPECT_EQ(key.get_last_error(), Key::REGISTRY_NO_ERROR);
   key.set_value("Case_key", 1);
   key.set_value("Sub/Inner", 2);
-
-  struct Probe {
+  const struct {
     const char* name;
     bool found_by_get_value;
     bool found_by_contains;
-  };
-  const Probe probes[] = {
+  } probes[] = {
       {"Case_key", true, true},
-      {"case_key", false, false},   // another case is another name
-      {"CASE_KEY", false, false},
-      {"Sub/Inner", false, true},   // a path reaches into the subgroup for the forwards only
-      {"Sub", false, false},        // a subgroup is not a value
+      {"case_key", false, false},  // another case is another name
+      {"Sub/Inner", false, true},  // a path reaches into the subgroup for the forwards only
+      {"Sub", false, false},       // a subgroup is not a value
       {"Inner", false, false},
+      {"Case_key", true, true},    // a find after a miss clears the code again
   };
-  for (const Probe& probe : probes) {
+  for (const auto& probe : probes) {
     SCOPED_TRACE(probe.name);
-    QVariant out;
+    QVariant out(QStringLiteral("untouched"));
     EXPECT_EQ(key.get_value(probe.name, &out), probe.found_by_get_value);
+    EXPECT_EQ(out.toString(), probe.found_by_get_value ? "1" : "untouched");
     EXPECT_EQ(key.get_last_error(),
               probe.found_by_get_value ? Key::REGISTRY_NO_ERROR : Key::REGISTRY_VALUE_NOT_FOUND);
     EXPECT_EQ(key.contains(probe.name), probe.found_by_contains);
   }
   EXPECT_EQ(key.value("Sub/Inner").toInt(), 2);
+  // Forwards never touch the code; every write resets it, even a refused one.
+  QVariant out;
+  for (const QVariant& written : {QVariant(QStringLiteral("v")),
+                                  QVariant(QString(refused_units, QLatin1Char('x')))}) {
+    ASSERT_FALSE(key.get_value("Absent", &out));
+    key.remove("Absent");
+    EXPECT_EQ(key.value("Absent", 7).toInt(), 7);
+    ASSERT_EQ(key.get_last_error(), Key::REGISTRY_VALUE_NOT_FOUND);
+    key.set_value("Other", written);
+    EXPECT_EQ(key.get_last_error(), Key::REGISTRY_NO_ERROR);
+  }
 }
 
 TEST_F(ValuesTest, RefusesValuesOfTenMillionUtf16UnitsAndKeepsTheOldOne) {
@@ -115,28 +81,31 @@ TEST_F(ValuesTest, RefusesValuesOfTenMillionUtf16UnitsAndKeepsTheOldOne) {
   key.remove("Big");
 }
 
-TEST_F(ValuesTest, YesAndNoReadInAnyCase) {
-  struct Row {
+TEST_F(ValuesTest, YesNoAndIsEqualCompareTheTextInTheAskedCase) {
+  const struct {
     QVariant stored;  // invalid: no value at all
-    bool yes;
-    bool no;
-  };
-  const Row rows[] = {
-      {QStringLiteral("Yes"), true, false},  {QStringLiteral("yes"), true, false},
-      {QStringLiteral("YES"), true, false},  {QStringLiteral("yEs"), true, false},
-      {QStringLiteral("No"), false, true},   {QStringLiteral("nO"), false, true},
-      {QStringLiteral("Yes "), false, false}, {QStringLiteral("Y"), false, false},
-      {QStringLiteral("1"), false, false},   {QStringLiteral(""), false, false},
-      {QVariantMap{{"k", 1}}, false, false},  // not convertible to text
-      {QVariant(), false, false},
+    const char* text;
+    bool equal_sensitive, equal_insensitive, yes, no;
+  } rows[] = {
+      {QStringLiteral("Yes"), "Yes", true, true, true, false},
+      {QStringLiteral("yEs"), "Yes", false, true, true, false},
+      {QStringLiteral("nO"), "No", false, true, false, true},
+      {QStringLiteral("Yes "), "Yes", false, false, false, false},
+      {QStringLiteral("Dark_Theme"), "dark_theme", false, true, false, false},
+      {QStringLiteral("Dark_Theme"), "Dark", false, false, false, false},
+      {12, "12", true, true, false, false},  // compared as text
+      {QStringLiteral(""), "", true, true, false, false},
+      {QVariantMap{{"k", 1}}, "", false, false, false, false},  // not convertible to text
+      {QVariant(), "", false, false, false, false},
   };
   Key key(Key::GENERAL, nullptr, nullptr);
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.stored.isValid()
-                     ? row.stored.toString().toStdString() + " / " + row.stored.typeName()
-                     : std::string("(no value)"));
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.stored.toString().toStdString() + " / " +
+                 (row.stored.isValid() ? row.stored.typeName() : "no value") + " / " + row.text);
     key.remove("Answer");
     if (row.stored.isValid()) key.set_value("Answer", row.stored);
+    EXPECT_EQ(key.is_equal("Answer", row.text, Qt::CaseSensitive), row.equal_sensitive);
+    EXPECT_EQ(key.is_equal("Answer", row.text, Qt::CaseInsensitive), row.equal_insensitive);
     EXPECT_EQ(key.is_yes("Answer"), row.yes);
     EXPECT_EQ(key.is_no("Answer"), row.no);
     EXPECT_EQ(key.get_last_error(),
@@ -144,41 +113,16 @@ TEST_F(ValuesTest, YesAndNoReadInAnyCase) {
   }
 }
 
-TEST_F(ValuesTest, SetYesAndSetNoWriteTheCatalogueTexts) {
-  {
-    Key key(Key::GENERAL, nullptr, nullptr);
-    key.set_yes("Agreed");
-    key.set_no("Refused");
-    EXPECT_TRUE(key.is_yes("Agreed"));
-    EXPECT_FALSE(key.is_no("Agreed"));
-    EXPECT_TRUE(key.is_no("Refused"));
-  }
-  EXPECT_EQ(raw_value("25.1_pro/General/Agreed").toString(), "Yes");
-  EXPECT_EQ(raw_value("25.1_pro/General/Refused").toString(), "No");
-}
-
-TEST_F(ValuesTest, IsEqualFollowsTheRequestedCaseSensitivity) {
-  Key key(Key::GENERAL, nullptr, nullptr);
-  key.set_value("Theme", "Dark_Theme");
-  key.set_value("Count", 12);
-  EXPECT_TRUE(key.is_equal("Theme", "Dark_Theme", Qt::CaseSensitive));
-  EXPECT_FALSE(key.is_equal("Theme", "dark_theme", Qt::CaseSensitive));
-  EXPECT_TRUE(key.is_equal("Theme", "dark_theme", Qt::CaseInsensitive));
-  EXPECT_FALSE(key.is_equal("Theme", "Dark", Qt::CaseInsensitive));
-  EXPECT_TRUE(key.is_equal("Count", "12", Qt::CaseSensitive));  // compared as text
-
-  EXPECT_FALSE(key.is_equal("Missing", "", Qt::CaseInsensitive));
-  EXPECT_EQ(key.get_last_error(), Key::REGISTRY_VALUE_NOT_FOUND);
-}
-
 TEST_F(ValuesTest, ValuesReachTheFileUnderTheRunningVersionsSection) {
   {
     Key key(Key::GENERAL, nullptr, nullptr);
     key.set_value("Recent", QStringLiteral("a;b"));
     key.setValue("Width", 640);
+    key.set_yes("Agreed");
+    key.set_no("Refused");
   }
-  EXPECT_EQ(raw_value("25.1_pro/General/Recent").toString(), "a;b");
-  EXPECT_EQ(raw_value("25.1_pro/General/Width").toInt(), 640);
+  EXPECT_EQ(listing(), (QStringList{"25.1_pro/General/Agreed=Yes", "25.1_pro/General/Recent=a;b",
+                                    "25.1_pro/General/Refused=No", "25.1_pro/General/Width=640"}));
   Key reopened(Key::GENERAL, nullptr, nullptr);
   QVariant out;
   EXPECT_TRUE(reopened.get_value("Width", &out));
@@ -194,45 +138,35 @@ std::string blank_text(const std::string& name) {
 const std::string size_text = "CFGQ: Value too large. Size is 10000000. Value will not be set.\n";
 
 TEST_F(ValuesTest, DiagnosticsPrintOnlyWhenTheChannelIsOnAtLevelTwo) {
-  enum class Action { write_blank, read_blank, write_tab, write_oversized, set_yes_blank, write_both };
-  struct Row {
+  const QString oversized(refused_units, QLatin1Char('x'));
+  QVariant out;
+  const auto write_blank = [](Key& key) { key.set_value("Name with %s blank", 1); };
+  const auto write_both = [&](Key& key) { key.set_value("Two words", oversized); };
+  const struct {
     const char* debug;  // KORVEL_DEBUG; null: unset
-    Action action;
+    std::function<void(Key&)> action;
     std::string expected;
-  };
-  const Row rows[] = {
-      {"CFGQ:2", Action::write_blank, blank_text("Name with %s blank")},
-      {"CFGQ:2", Action::read_blank, blank_text("Name with %s blank")},
-      {"CFGQ:2", Action::set_yes_blank, blank_text("Name with %s blank")},
-      {"CFGQ", Action::write_blank, blank_text("Name with %s blank")},
-      {"OTHER:3,CFGQ:3", Action::write_oversized, size_text},
-      {"CFGQ:2", Action::write_both, blank_text("Two words") + size_text},
-      {"CFGQ:2", Action::write_oversized, size_text},
-      {"CFGQ:2", Action::write_tab, ""},
-      {"CFGQ:1", Action::write_blank, ""},
-      {"CFGQ:1", Action::write_oversized, ""},
-      {"OTHER:2", Action::write_blank, ""},
-      {"OTHER:2", Action::write_oversized, ""},
-      {nullptr, Action::write_blank, ""},
-      {nullptr, Action::write_oversized, ""},
+  } rows[] = {
+      {"CFGQ:2", write_blank, blank_text("Name with %s blank")},
+      {"CFGQ:2", [&](Key& key) { key.get_value("Name with %s blank", &out); },
+       blank_text("Name with %s blank")},
+      {"CFGQ", [](Key& key) { key.set_yes("Name with %s blank"); },
+       blank_text("Name with %s blank")},
+      {"OTHER:3,CFGQ:3", [&](Key& key) { key.set_value("Plain_name", oversized); }, size_text},
+      {"CFGQ:2", write_both, blank_text("Two words") + size_text},
+      {"CFGQ:2", [](Key& key) { key.set_value("Name\twith\ttabs", 1); }, ""},
+      {"CFGQ:1", write_both, ""},
+      {"OTHER:2", write_both, ""},
+      {nullptr, write_both, ""},
   };
   Key key(Key::GENERAL, nullptr, nullptr);
-  const QString oversized(refused_units, QLatin1Char('x'));
-  for (const Row& row : rows) {
-    SCOPED_TRACE(std::string(row.debug ? row.debug : "(unset)") + " action " +
-                 std::to_string(static_cast<int>(row.action)));
+  int row_number = 0;
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row_number++);
     EnvGuard debug("KORVEL_DEBUG",
                    row.debug ? std::optional<std::string>(row.debug) : std::nullopt);
-    QVariant out;
     testing::internal::CaptureStderr();
-    switch (row.action) {
-      case Action::write_blank: key.set_value("Name with %s blank", 1); break;
-      case Action::read_blank: key.get_value("Name with %s blank", &out); break;
-      case Action::set_yes_blank: key.set_yes("Name with %s blank"); break;
-      case Action::write_tab: key.set_value("Name\twith\ttabs", 1); break;
-      case Action::write_oversized: key.set_value("Plain_name", oversized); break;
-      case Action::write_both: key.set_value("Two words", oversized); break;
-    }
+    row.action(key);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), row.expected);
   }
 }
