@@ -20,10 +20,10 @@ trap '[ -n "${SOAK_KEEP:-}" ] || rm -rf "$work"' EXIT
 export HOME=$work KORVEL_VERSION=25.1
 unset KORVEL_REGTEST QT_QPA_PLATFORM PBUILD_BUILD KORVEL_DEBUG
 
-temporaries() {  # killed writers' temporaries beside the settings file
-  local letter='[A-Za-z]'
-  find "$work" -maxdepth 1 -regex ".*/korvel2\\.kreg\\.$letter$letter$letter$letter$letter$letter" |
-    wc -l
+temporaries() {  # killed writers' temporaries beside the settings file: staged writes and Qt's
+  local letter='[A-Za-z0-9]'
+  find "$work" -maxdepth 1 \( -name 'korvel2.kreg.cfgq-new.*' -o \
+    -regex ".*/korvel2\\.kreg\\.$letter$letter$letter$letter$letter$letter" \) | wc -l
 }
 strays() {  # those and lock files
   echo $(($(temporaries) + $(find "$work" -maxdepth 1 -name 'korvel2.kreg.lock*' | wc -l)))

@@ -228,7 +228,7 @@ TEST_F(FileOwnerTest, PersonsFilesBesideTheSettingsFileStay) {
   { Key(Key::GENERAL, nullptr, nullptr).set_value("Show_tips", "Yes"); }
   const QStringList names = {"korvel2.kreg.Backup", "korvel2.kreg.MyCopy", "korvel2.kreg.AbCdEf",
                              "korvel2.kreg.backup", "korvel2.kreg.orig",
-                             "korvel2.kreg.cfgq-keep.1", "CFGQ.1.abcdef"};
+                             "korvel2.kreg.cfgq-new.1", "CFGQ.1.abcdef"};
   for (const QString& name : names) write_file(QDir(home()).filePath(name), name.toUtf8());
   // A dead writer's lock: taken by a process that ends without giving it back.
   const pid_t writer = ::fork();
@@ -259,7 +259,7 @@ TEST_F(FileOwnerTest, DeadProcessesTemporariesAreRemovedOthersStay) {
   const QString dead_dir = temp.filePath(QStringLiteral("cfgq.%1.AbC123").arg(gone));
   const QString live_file = temp.filePath(QStringLiteral("CFGQ.%1.AbC123").arg(::getpid()));
   const QString foreign = temp.filePath(QStringLiteral("CFGQ1234AbC123"));
-  const QString dead_keep = profile_file() + QStringLiteral(".cfgq-keep.%1").arg(gone);
+  const QString dead_keep = profile_file() + QStringLiteral(".cfgq-new.%1").arg(gone);
   for (const QString& file : {dead_file, live_file, foreign, dead_keep}) write_file(file, "x");
   ASSERT_TRUE(QDir().mkpath(dead_dir));
   ASSERT_TRUE(QFile::link(home(), dead_dir + "/f1.1"));
@@ -320,7 +320,7 @@ TEST_F(FileOwnerTest, WriteCutShortAtAnyOffsetKeepsTheOldFile) {
           check.beginGroup("25.1_pro/General");
           EXPECT_EQ(check.childKeys().size(), size.keys + 1);
         }
-        EXPECT_EQ(home_entries().filter(".cfgq-keep").size(), 0);
+        EXPECT_EQ(home_entries().filter(".cfgq-new").size(), 0);
       }
     }
   }

@@ -131,16 +131,16 @@ file_records& records() {
   return instance;
 }
 
-// Removes the second names that killed writers of this file left ("<file>.cfgq-keep.<pid>", see
-// write_checked) once their process is provably gone: they hold an older version of the file.
-void remove_dead_writers_keeps(const QString& real) {
+// Removes what killed writers of this file left of their staged writes ("<file>.cfgq-new.<pid>"
+// and Qt's temporaries of it, see staging_name) once their process is provably gone.
+void remove_dead_writers_stages(const QString& real) {
   const QFileInfo file(real);
-  const QString prefix = file.fileName() + QStringLiteral(".cfgq-keep.");
+  const QString prefix = file.fileName() + QStringLiteral(".cfgq-new.");
   QDir dir = file.dir();
   for (const QString& name : dir.entryList({prefix + QLatin1Char('*')},
                                            QDir::Files | QDir::Hidden | QDir::System)) {
     bool number = false;
-    const qint64 pid = name.mid(prefix.size()).toLongLong(&number);
+    const qint64 pid = name.mid(prefix.size()).section(QLatin1Char('.'), 0, 0).toLongLong(&number);
     if (number && pid != platform::this_process() && platform::process_is_gone(pid)) {
       platform::remove_file(dir.filePath(name));
     }
@@ -385,43 +385,85 @@ void keep_damaged_copy(cfgq_file_record& record, QSettings& settings,
   }
 }
 
+// Points the alias `alias` at `target`, replacing the link in one step.
+bool point_alias(const QString& alias, const QString& target) {
+  const QString replacement = alias + QStringLiteral(".new");
+  platform::remove_file(replacement);
+  return platform::make_link(target, replacement) &&
+         platform::rename_over(replacement, alias, nullptr);
+}
+
+// The name beside the settings file that a write of this process is staged under:
+// "<file>.cfgq-new.<pid>" (Qt's own temporary for it is that name and six more letters). The
+// process id makes both provably this process's, so a later process removes them once it is gone.
+QString staging_name(const QString& real) {
+  return real + QStringLiteral(".cfgq-new.%1").arg(platform::this_process());
+}
+
+// Stages the file at `real` as `stage` for a write: a second name of the same file (no copy, no
+// space), or a private copy where the file system has no second names, or an empty private file
+// when there is no file yet. False when nothing could be staged.
+bool stage_file(const QString& real, const platform::file_state& before, const QString& stage) {
+  platform::remove_file(stage);
+  if (!before.exists) return platform::make_private_file(stage, nullptr, nullptr);
+  if (platform::hard_link(real, stage, nullptr)) return true;
+  QFile source(real);
+  if (!source.open(QIODevice::ReadOnly)) return false;
+  const QByteArray bytes = source.readAll();
+  if (!platform::make_private_file(stage, &before, nullptr)) return false;
+  QFile copy(stage);
+  if (copy.open(QIODevice::WriteOnly) && copy.write(bytes) == bytes.size() && copy.flush()) {
+    return true;
+  }
+  platform::remove_file(stage);
+  return false;
+}
+
 // Lets Qt write the file through `generation`'s alias (`write` makes the settings object that
 // writes, or has one write, and returns it standing at the root), with the file's lock held or
-// not needed, and checks the outcome: a file that is no regular file is not written; a missing
-// file is made private first; Qt is made to read again a file written by others since it read
-// it; a new file cut short (a full disk, a quota) is replaced by the old one again. Returns
-// why the write failed, or empty text. The record's mutex is held.
+// not needed, and checks the outcome, so that the file holds its old bytes or the complete new
+// content: Qt writes a staged copy of the file (see stage_file), whose alias points there for
+// the write, and only a staged file that Qt wrote completely is renamed over the file. A file
+// that is no regular file is not written; Qt is made to read again a file written by others
+// since it read it. Returns why the write failed, or empty text. The record's mutex is held.
 QString write_checked(cfgq_file_record& record, cfgq_file_generation& generation,
                       const std::function<QSettings&()>& write) {
-  const platform::file_state before = platform::state_of(record.real, false);
+  const platform::file_state before = platform::state_of(record.native, false);
   if (before.exists && !before.regular) {
     // A link, device or directory put in place of the file since it was opened.
     return QStringLiteral("not a regular file");
   }
-  if (!before.exists) {
-    // Qt would make the file readable by everyone (and writable, under umask 000).
-    platform::make_private_file(record.real, nullptr, nullptr);
-  } else if (!generation.known_valid || !before.same_as(generation.known)) {
+  if (before.exists && (!generation.known_valid || !before.same_as(generation.known))) {
     // Another process wrote the file since Qt read it: make sure Qt sees it changed, by more
     // than its size and modification time, and reads it again before it merges and writes.
     platform::touch_later(record.real, before.modified_ms, nullptr);
   }
-  const platform::file_state start = platform::state_of(record.real, true);
-  // A second name for the old file: if the new one comes out short, it goes back in place.
-  const QString keep =
-      record.real + QStringLiteral(".cfgq-keep.%1").arg(platform::this_process());
-  platform::remove_file(keep);
-  const bool kept =
-      start.exists && start.size > 0 && platform::hard_link(record.real, keep, nullptr);
+  const QString stage = staging_name(record.real);
+  // Only through an alias of its own can the write be staged; without one (no private
+  // directory) Qt writes the file itself and a cut is found, not undone.
+  const bool staged = generation.alias != record.real &&
+                      stage_file(record.real, platform::state_of(record.native, true), stage) &&
+                      point_alias(generation.alias, stage);
+  if (!staged) {
+    platform::remove_file(stage);
+    if (generation.alias != record.real) {
+      return QStringLiteral("the file can't be staged for writing: ") +
+             platform::last_error_text();
+    }
+    // Qt would make a new file readable by everyone (and writable, under umask 000).
+    if (!before.exists) platform::make_private_file(record.real, nullptr, nullptr);
+  }
+  const QString target = staged ? stage : record.real;
+  const platform::file_state start = platform::state_of(target, true);
 
   QSettings& settings = write();
-  const platform::file_state written = platform::state_of(record.real, true);
+  const platform::file_state written = platform::state_of(target, true);
   QString failure;
   if (settings.status() == QSettings::AccessError) {
     failure = write_refusal_reason(record.real);
   } else if (!written.same_as(start)) {
     bool ends_with_line_end = true;
-    const qint64 found = line_ends_in(record.real, &ends_with_line_end);
+    const qint64 found = line_ends_in(target, &ends_with_line_end);
     // Qt finds a failed write itself except in the last buffer it flushes, which only a full
     // file system or a quota can refuse. Counting what Qt holds costs a walk over every key, so
     // it is done where that last buffer is most of the file, or where space is short; elsewhere
@@ -434,24 +476,25 @@ QString write_checked(cfgq_file_record& record, cfgq_file_generation& generation
     const qint64 expected = exact ? expected_line_ends(settings) : found;
     if (found != expected || (written.size > 0 && !ends_with_line_end)) {
       failure = QStringLiteral("the new content was cut short (disk full or over quota?)");
-      if (kept) {
-        QString restore_why;
-        if (!platform::rename_over(keep, record.real, &restore_why)) {
-          failure += QStringLiteral("; the old file could not be put back: ") + restore_why;
-        }
-      } else if (!start.exists || start.size == 0) {
-        // Nothing was there: nothing to lose but the cut file.
-        platform::remove_file(record.real);
-      }
+      if (!staged) failure += QStringLiteral("; the file may be damaged");
     }
   }
-  if (kept) platform::remove_file(keep);
-  if (!failure.isEmpty()) return failure;
-  if (before.exists && !written.same_file(before)) {
-    // A write by another user (root) made a new file: give it back its owner and mode.
-    platform::restore_owner_and_mode(record.real, before);
+  if (staged) {
+    // Qt's state now stands for the staged file, which becomes the file itself (same inode,
+    // same stamp) or goes.
+    point_alias(generation.alias, record.real);
+    if (failure.isEmpty() && !written.same_as(start)) {
+      if (before.exists && !written.same_file(before)) {
+        // A write by another user (root) made a new file: give it back its owner and mode.
+        platform::restore_owner_and_mode(stage, before);
+      }
+      QString why;
+      if (!platform::rename_over(stage, record.real, &why)) failure = why;
+    }
+    platform::remove_file(stage);
   }
-  generation.known = platform::state_of(record.real, true);
+  if (!failure.isEmpty()) return failure;
+  generation.known = platform::state_of(record.native, true);
   generation.known_valid = true;
   // Qt writes only what it parsed without error: the new file needs no check for damage.
   record.checked = generation.known;
@@ -556,7 +599,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     }
     state = platform::state_of(real, true);
   }
-  if (!record->current && record->shared) remove_dead_writers_keeps(real);
+  if (!record->current && record->shared) remove_dead_writers_stages(real);
   std::shared_ptr<cfgq_file_generation> generation =
       record->current ? record->current : new_generation(*record);
   // Qt would go on with what it read before when a new file looks the same to it (same size,
