@@ -4,7 +4,7 @@
 
 # The writer that the process tests start: one view per value, as the suite's tools write.
 add_executable(settings_writer settings_writer.cpp)
-target_link_libraries(settings_writer PRIVATE cfgq::cfgq cfgq_warnings cfgq_sanitize)
+target_link_libraries(settings_writer PRIVATE cfgq::cfgq cfgq_flags)
 
 cfgq_add_test(concurrency_test SOURCES concurrency_test.cpp LABELS soak)
 target_compile_definitions(concurrency_test PRIVATE
@@ -25,7 +25,7 @@ set_tests_properties(soak_short PROPERTIES
 # CFGQ_FUZZ=ON (scripts/fuzz.sh); every build replays the seed corpus through the same target.
 set(cfgq_fuzz_corpus ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/corpus)
 add_executable(settings_fuzz_replay fuzz/settings_fuzz.cpp fuzz/replay_main.cpp)
-target_link_libraries(settings_fuzz_replay PRIVATE cfgq::cfgq cfgq_warnings cfgq_sanitize)
+target_link_libraries(settings_fuzz_replay PRIVATE cfgq::cfgq cfgq_flags)
 add_test(NAME fuzz_corpus_replay COMMAND settings_fuzz_replay ${cfgq_fuzz_corpus})
 set_tests_properties(fuzz_corpus_replay PROPERTIES LABELS reliability)
 
@@ -33,7 +33,7 @@ option(CFGQ_FUZZ "build the libFuzzer target settings_fuzz (Clang only)" OFF)
 if(CFGQ_FUZZ AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   add_executable(settings_fuzz fuzz/settings_fuzz.cpp)
   # The sanitizers come from CFGQ_SANITIZE=address, which scripts/fuzz.sh sets for the whole build.
-  target_link_libraries(settings_fuzz PRIVATE cfgq_internal cfgq_warnings cfgq_sanitize)
+  target_link_libraries(settings_fuzz PRIVATE cfgq_internal cfgq_flags)
   target_compile_options(settings_fuzz PRIVATE -fsanitize=fuzzer)
   target_link_options(settings_fuzz PRIVATE -fsanitize=fuzzer)
   # Coverage feedback from the library's own code, which the target drives.
