@@ -540,6 +540,25 @@ std::shared_ptr<cfgq_file_generation> void_generation(const QString& reason) {
   return generation;
 }
 
+// The file that `path` names, through links, and its state (that of the link's target).
+QString real_file(const QString& path, platform::file_state* state) {
+  // Each thread remembers the last path it looked at in the file system's encoding.
+  thread_local QString last_path;
+  thread_local QByteArray last_native;
+  if (last_path != path) {
+    last_native = QFile::encodeName(path);
+    last_path = path;
+  }
+  const platform::file_state seen = platform::state_of(last_native, false);
+  if (!seen.link) {
+    *state = seen;
+    return path;
+  }
+  const QString real = platform::final_target(path);
+  *state = platform::state_of(real, true);
+  return real;
+}
+
 }  // namespace
 
 qint64 cfgq_lock_wait_ms() {
@@ -570,16 +589,8 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     guard = std::unique_lock<std::mutex>(record->mutex);
     cfgq_secure_temporary_file(path);
   }
-  // Each thread remembers the last path it looked at in the file system's encoding.
-  thread_local QString last_path;
-  thread_local QByteArray last_native;
-  if (last_path != path) {
-    last_native = QFile::encodeName(path);
-    last_path = path;
-  }
-  const platform::file_state seen = platform::state_of(last_native, false);
-  const QString real = seen.link ? platform::final_target(path) : path;
-  platform::file_state state = seen.link ? platform::state_of(real, true) : seen;
+  platform::file_state state;
+  const QString real = real_file(path, &state);
   if (state.exists && !state.regular) {
     auto generation = void_generation(QStringLiteral("not a regular file"));
     return std::unique_ptr<cfgq_settings_file>(
@@ -654,16 +665,8 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
 }
 
 void cfgq_settings_file::set_aside_damaged(const QString& path) {
-  // Each thread remembers the last path it looked at in the file system's encoding.
-  thread_local QString last_path;
-  thread_local QByteArray last_native;
-  if (last_path != path) {
-    last_native = QFile::encodeName(path);
-    last_path = path;
-  }
-  const platform::file_state seen = platform::state_of(last_native, false);
-  const QString real = seen.link ? platform::final_target(path) : path;
-  const platform::file_state state = platform::state_of(real, true);
+  platform::file_state state;
+  const QString real = real_file(path, &state);
   if (!state.exists || !state.regular) return;
   std::shared_ptr<cfgq_file_record> record = records().find_or_make(real, true);
   std::lock_guard<std::mutex> guard(record->mutex);
