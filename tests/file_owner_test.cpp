@@ -35,8 +35,7 @@ using cfgq_test::write_file;
 
 struct run_result {
   int status = -1;
-  QByteArray out;
-  QByteArray err;
+  QByteArray out, err;
 };
 
 class FileOwnerTest : public cfgq_test::SettingsTest {
@@ -52,12 +51,9 @@ class FileOwnerTest : public cfgq_test::SettingsTest {
     }
     process.setProcessEnvironment(env);
     process.start(program, args);
-    run_result result;
-    if (!process.waitForFinished(120'000)) return result;
-    result.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    result.out = process.readAllStandardOutput();
-    result.err = process.readAllStandardError();
-    return result;
+    if (!process.waitForFinished(120'000)) return {};
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            process.readAllStandardOutput(), process.readAllStandardError()};
   }
   run_result cfgq(const QStringList& args, const QStringList& extra = {}) const {
     return run(QStringLiteral(CFGQ_TOOL_PATH), args, extra);
@@ -80,6 +76,28 @@ class FileOwnerTest : public cfgq_test::SettingsTest {
   QStringList home_entries() const {
     return QDir(home()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System |
                                   QDir::NoDotAndDotDot, QDir::Name);
+  }
+  // After a write of "NEW"/"New" that may have failed: the file holds its old bytes (and the
+  // failure was visible) or all `keys` old values and the new one.
+  void expect_old_or_complete(const QString& file, const QByteArray& old_bytes, int keys,
+                              const char* name, bool visible) const {
+    const QByteArray now = read_bytes(file);
+    if (now == old_bytes) {
+      EXPECT_TRUE(visible);
+      return;
+    }
+    QSettings check(cfgq_test::fresh_copy(file).path(), QSettings::IniFormat);
+    EXPECT_EQ(check.childGroups(), QStringList{"25.1_pro"});
+    check.beginGroup("25.1_pro/General");
+    EXPECT_EQ(check.childKeys().size(), keys + 1);
+    EXPECT_TRUE(check.contains(name));
+  }
+  // True when writing `key` through a view of this process fails visibly (*failure says how).
+  static bool view_write_fails(const char* key, cfgq_write_failure* failure) {
+    while (cfgq_tool_take_write_failure(failure)) {
+    }
+    { Key(Key::GENERAL, nullptr, nullptr).set_value(key, "1"); }
+    return cfgq_tool_take_write_failure(failure);
   }
   int values_in(const QString& group) const {
     QSettings raw(profile_file(), QSettings::IniFormat);
@@ -186,10 +204,7 @@ TEST_F(FileOwnerTest, StoppedLockHolderGivesABoundedVisibleFailure) {
   ASSERT_TRUE(WIFSTOPPED(status));
   cfgq_test::EnvGuard wait("KORVEL_LOCK_WAIT_MS", std::string("300"));
   cfgq_write_failure failure;
-  while (cfgq_tool_take_write_failure(&failure)) {
-  }
-  { Key(Key::GENERAL, nullptr, nullptr).set_value("During", "1"); }
-  ASSERT_TRUE(cfgq_tool_take_write_failure(&failure));
+  ASSERT_TRUE(view_write_fails("During", &failure));
   EXPECT_EQ(failure.lock_pid, holder);
   EXPECT_TRUE(failure.reason.contains("stopped")) << failure.reason.toStdString();
   EXPECT_EQ(profile_bytes(), before);
@@ -199,8 +214,7 @@ TEST_F(FileOwnerTest, StoppedLockHolderGivesABoundedVisibleFailure) {
   ::kill(holder, SIGKILL);
   ::waitpid(holder, &status, 0);
   // The dead holder's lock is taken over at once.
-  { Key(Key::GENERAL, nullptr, nullptr).set_value("After", "1"); }
-  EXPECT_FALSE(cfgq_tool_take_write_failure(&failure)) << failure.reason.toStdString();
+  EXPECT_FALSE(view_write_fails("After", &failure)) << failure.reason.toStdString();
   EXPECT_EQ(raw_value("25.1_pro/General/After").toString(), "1");
 }
 
@@ -310,16 +324,8 @@ TEST_F(FileOwnerTest, WriteCutShortAtAnyOffsetKeepsTheOldFile) {
             *this, {"LD_PRELOAD=" CFGQ_WRITE_FAULT, "WRITE_FAULT_DIR=" + home(),
                     "WRITE_FAULT_OFFSET=" + QString::number(offset), "KORVEL_DEBUG=CFGQ",
                     "ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0"});
-        const QByteArray now = profile_bytes();
-        if (now == old_bytes) {
-          EXPECT_TRUE(result.err.contains("Settings not written")) << result.err.constData();
-        } else {
-          QSettings check(profile_file(), QSettings::IniFormat);
-          EXPECT_EQ(check.value("25.1_pro/General/New").toString(), "value");
-          EXPECT_EQ(check.childGroups(), QStringList{"25.1_pro"});
-          check.beginGroup("25.1_pro/General");
-          EXPECT_EQ(check.childKeys().size(), size.keys + 1);
-        }
+        expect_old_or_complete(profile_file(), old_bytes, size.keys, "New",
+                               result.err.contains("Settings not written"));
         EXPECT_EQ(home_entries().filter(".cfgq-new").size(), 0);
       }
     }
@@ -358,15 +364,7 @@ TEST_F(FileOwnerTest, NearlyFullFileSystemKeepsTheOldFile) {
         const run_result result =
             tcl_writer ? tcl("cfgq_create_registry -key NEW -value six General", env)
                        : cfgq({"set", "General", "NEW", "six"}, env);
-        const QByteArray now = read_bytes(file);
-        if (now == old_bytes) {
-          if (!tcl_writer) EXPECT_EQ(result.status, 3) << result.err.constData();
-        } else {
-          QSettings check(file, QSettings::IniFormat);
-          check.beginGroup("25.1_pro/General");
-          EXPECT_EQ(check.childKeys().size(), keys + 1);
-          EXPECT_EQ(check.value("NEW").toString(), "six");
-        }
+        expect_old_or_complete(file, old_bytes, keys, "NEW", tcl_writer || result.status == 3);
       }
     }
   }
@@ -417,10 +415,7 @@ TEST_F(FileOwnerTest, ModesAreKeptAndNonFilesAreNeverWritten) {
     const QByteArray file_home_bytes = read_bytes(file_home);
     cfgq_test::EnvGuard home_guard("HOME", row.home.toStdString());
     cfgq_write_failure failure;
-    while (cfgq_tool_take_write_failure(&failure)) {
-    }
-    { Key(Key::GENERAL, nullptr, nullptr).set_value("K", "v"); }
-    EXPECT_TRUE(cfgq_tool_take_write_failure(&failure));
+    EXPECT_TRUE(view_write_fails("K", &failure));
     EXPECT_EQ(home_entries(), before);
     EXPECT_EQ(read_bytes(file_home), file_home_bytes);
     EXPECT_FALSE(QFileInfo(fifo).isFile());

@@ -165,39 +165,6 @@ TEST_F(TemporarySettingsFileTest, NeverOpensThroughPlantedLinkOrPipe) {
   }
 }
 
-class PermissionsTest : public cfgq_test::SettingsTest {};
-
-TEST_F(PermissionsTest, ReadOnlyFileOrDirectoryKeepsItsContents) {
-  if (::geteuid() == 0) GTEST_SKIP() << "root writes read-only files and directories";
-  const QByteArray original = "[25.1_pro]\nGeneral\\Show_tips=Yes\n";
-  for (const bool read_only_directory : {false, true}) {
-    SCOPED_TRACE(read_only_directory);
-    write_profile_file(original);
-    const QByteArray target = QFile::encodeName(read_only_directory ? home() : profile_file());
-    ASSERT_EQ(::chmod(target.constData(), read_only_directory ? 0500 : 0400), 0);
-    {
-      Key view(Key::GENERAL, "25.1", nullptr);
-      view.set_value("Show_tips", "No");
-    }
-    EXPECT_EQ(read_bytes(profile_file()), original);
-    ::chmod(target.constData(), read_only_directory ? 0700 : 0600);
-  }
-}
-
-class HostileFileTest : public cfgq_test::SettingsTest {};
-
-// Copying a group that listed a subgroup with an empty name entered the same group again
-// without end, until the stack overflowed (found by the fuzz target).
-TEST_F(HostileFileTest, CopyEndsOnKeyWithEmptyGroupLevel) {
-  write_profile_file(test_data("empty_group_level.kreg"));
-  Key root(Key::NO_MAIN_KEY, nullptr, nullptr);
-  EXPECT_EQ(root.copy("25.1_pro", "26.1_pro"), 1);
-  EXPECT_EQ(root.value("26.1_pro/General/Show_tips").toString(), "Yes");
-  Key general(root, "25.1_pro/General");
-  general.clear_registry_key();
-  EXPECT_FALSE(general.contains("Show_tips"));
-}
-
 }  // namespace
 
 namespace {

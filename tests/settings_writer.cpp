@@ -2,13 +2,15 @@
 // right after the write. The reliability tests start several of these at once, or kill one at a
 // random moment, and then check that the file holds every value whose view was destroyed.
 //
-//   settings_writer write NAME COUNT [LOG]  writes General/NAME_<i> = "NAME:<i>" for i < COUNT
-//   settings_writer loop NAME LOG           the same, without end (until the process is killed)
+//   settings_writer loop NAME LOG           writes General/NAME_<i> = "NAME:<i>" for i = 0, 1, ...
+//                                           until the process is killed
 //   settings_writer count NAME COUNT        counts General/NAME up from 0 to COUNT - 1 in fixed-
 //                                           width text, checking before each step that the file
 //                                           still holds the previous step; exits 1 on a lost step
 //   settings_writer check LOG...            checks every value logged by a writer; prints
 //                                           "checked N missing M" and exits 1 when M > 0
+//   settings_writer one KEY VALUE           writes one value, as a short-lived tool does
+//   settings_writer hold FILE               holds FILE's lock until killed, as a stopped writer
 //
 // With LOG, each value's key is appended to LOG as one line once its view has been destroyed,
 // so a line in the log means the value had reached the file when the process died.
@@ -45,25 +47,20 @@ bool log_line(int fd, const QString& key) {
   return ::write(fd, line.constData(), static_cast<size_t>(line.size())) == line.size();
 }
 
-int write_values(const QString& name, long count, const char* log_path) {
-  int log = -1;
-  if (log_path != nullptr) {
-    log = ::open(log_path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-    if (log < 0) {
-      std::fprintf(stderr, "settings_writer: %s: %s\n", log_path, std::strerror(errno));
-      return 2;
-    }
+int write_values(const QString& name, const char* log_path) {
+  const int log = ::open(log_path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+  if (log < 0) {
+    std::fprintf(stderr, "settings_writer: %s: %s\n", log_path, std::strerror(errno));
+    return 2;
   }
-  for (long i = 0; count < 0 || i < count; ++i) {
+  for (long i = 0;; ++i) {
     const QString key = name + QLatin1Char('_') + QString::number(i);
     {
       Key view(Key::GENERAL, nullptr, nullptr);
       view.set_value(key, value_for(key));
     }
-    if (log >= 0 && !log_line(log, key)) return 2;
+    if (!log_line(log, key)) return 2;
   }
-  if (log >= 0) ::close(log);
-  return 0;
 }
 
 // Every step leaves the file the same size, as a tool that updates a window size or a counter
@@ -107,12 +104,7 @@ int check_logs(int count, char** logs) {
 
 int main(int argc, char** argv) {
   const std::string mode = argc > 1 ? argv[1] : "";
-  if (mode == "write" && (argc == 4 || argc == 5)) {
-    return write_values(QString::fromLocal8Bit(argv[2]), std::strtol(argv[3], nullptr, 10),
-                        argc == 5 ? argv[4] : nullptr);
-  }
-  if (mode == "loop" && argc == 4)
-    return write_values(QString::fromLocal8Bit(argv[2]), -1, argv[3]);
+  if (mode == "loop" && argc == 4) return write_values(QString::fromLocal8Bit(argv[2]), argv[3]);
   if (mode == "count" && argc == 4) {
     return count_up(QString::fromLocal8Bit(argv[2]), std::strtol(argv[3], nullptr, 10));
   }
@@ -133,7 +125,7 @@ int main(int argc, char** argv) {
     return 0;
   }
   std::fprintf(stderr,
-               "usage: settings_writer write NAME COUNT [LOG] | loop NAME LOG | count NAME COUNT | "
-               "check LOG...\n");
+               "usage: settings_writer loop NAME LOG | count NAME COUNT | check LOG... | "
+               "one KEY VALUE | hold FILE\n");
   return 2;
 }
