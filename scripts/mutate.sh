@@ -87,7 +87,7 @@ mutant $k "section table: one group name wrong" \
 k=gcl/cfgq/cfgq_settings_file.cpp
 # The file's size is checked at opening and again under its lock, so one inverted check alone
 # changes nothing; the limit itself one byte lower sets aside a file of exactly the limit.
-mutant gcl/cfgq/cfgq_location.h "file size limit one byte lower" \
+mutant gcl/cfgq/cfgq_limits.h "file size limit one byte lower" \
   'constexpr qint64 max_file_bytes = 10'"'"'000'"'"'000;' \
   'constexpr qint64 max_file_bytes = 9'"'"'999'"'"'999;'
 mutant $k "file size limit off by one upwards" \
