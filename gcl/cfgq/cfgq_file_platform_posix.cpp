@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include <QDir>
@@ -34,6 +35,8 @@ class owned_fd {
   owned_fd(const owned_fd&) = delete;
   owned_fd& operator=(const owned_fd&) = delete;
   int get() const { return m_fd; }
+  // Closes now, for the close's own result.
+  int close() { return ::close(std::exchange(m_fd, -1)); }
 
  private:
   int m_fd;
@@ -63,7 +66,97 @@ void set_why(QString* why, int error) {
   if (why != nullptr) *why = error_text(error);
 }
 
+// A temporary file beside `path`, removed on every path unless renamed into place.
+class temp_file {
+ public:
+  explicit temp_file(const QByteArray& path)
+      : m_path(path + ".XXXXXX"), m_fd(mkostemp(m_path.data(), O_CLOEXEC)) {
+    if (m_fd.get() < 0) m_path.clear();
+  }
+  ~temp_file() {
+    if (!m_path.isEmpty()) unlink(m_path.constData());
+  }
+  temp_file(const temp_file&) = delete;
+  temp_file& operator=(const temp_file&) = delete;
+  int fd() const { return m_fd.get(); }
+  int close() { return m_fd.close(); }
+  int rename_to(const QByteArray& target) {
+    const int result = ::rename(m_path.constData(), target.constData());
+    if (result == 0) m_path.clear();
+    return result;
+  }
+
+ private:
+  QByteArray m_path;
+  owned_fd m_fd;
+};
+
+// Writes all of `bytes`; a short write is continued, and the error that stops it is returned
+// (0 when everything was written).
+int write_all(int fd, const QByteArray& bytes) {
+  qsizetype done = 0;
+  while (done < bytes.size()) {
+    const ssize_t n = ::write(fd, bytes.constData() + done, bytes.size() - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) return errno;
+    if (n == 0) return ENOSPC;
+    done += n;
+  }
+  return 0;
+}
+
+// Creates the missing directories of `directory`, each readable by the user alone.
+int make_directories(const QByteArray& directory) {
+  struct stat st;
+  if (directory.isEmpty() || stat(directory.constData(), &st) == 0) return 0;
+  const qsizetype slash = directory.lastIndexOf('/');
+  if (slash > 0) {
+    if (const int error = make_directories(directory.left(slash))) return error;
+  }
+  if (mkdir(directory.constData(), 0700) != 0) return errno == EEXIST ? 0 : errno;
+  // The umask may have taken bits away that the owner needs.
+  return chmod(directory.constData(), 0700) == 0 ? 0 : errno;
+}
+
 }  // namespace
+
+bool replace_file(const QString& path, const QByteArray& bytes, QString* why) {
+  const QByteArray target = QFile::encodeName(path);
+  const QByteArray directory = target.left(target.lastIndexOf('/'));
+  const auto failed = [why](const QString& reason) {
+    if (why != nullptr) *why = reason;
+    return false;
+  };
+  if (const int error = make_directories(directory)) {
+    return failed(QStringLiteral("can't create %1: %2")
+                      .arg(QFile::decodeName(directory), error_text(error)));
+  }
+  temp_file temp(target);
+  if (temp.fd() < 0) {
+    return failed(QStringLiteral("can't create a file in %1: %2")
+                      .arg(QFile::decodeName(directory), error_text(errno)));
+  }
+  struct stat old;
+  const bool existed = stat(target.constData(), &old) == 0;
+  // The old file's owner and mode, or the user's alone for a new one.
+  if (existed && (old.st_uid != geteuid() || old.st_gid != getegid()) &&
+      fchown(temp.fd(), old.st_uid, old.st_gid) != 0) {
+    return failed(QStringLiteral("can't keep its owner (uid %1): %2")
+                      .arg(old.st_uid)
+                      .arg(error_text(errno)));
+  }
+  if (fchmod(temp.fd(), existed ? old.st_mode & 07777 : owner_only) != 0) {
+    return failed(error_text(errno));
+  }
+  if (const int error = write_all(temp.fd(), bytes)) return failed(error_text(error));
+  if (fsync(temp.fd()) != 0 || temp.close() != 0) return failed(error_text(errno));
+  if (temp.rename_to(target) != 0) return failed(error_text(errno));
+  // The rename itself reaches the disk with the directory.
+  owned_fd dir(open(directory.isEmpty() ? "/" : directory.constData(),
+                    O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (dir.get() >= 0) fsync(dir.get());
+  return true;
+}
 
 file_state state_of(const QByteArray& native, bool follow_links) {
   struct stat st {};

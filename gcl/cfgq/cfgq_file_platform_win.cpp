@@ -1,6 +1,7 @@
 // File-system operations of the settings file's owner on Windows.
 #include "cfgq_file_platform.h"
 
+#include <io.h>
 #include <windows.h>
 
 #include <limits>
@@ -9,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLockFile>
+#include <QTemporaryFile>
 #include <QRandomGenerator>
 
 namespace cfgq_platform {
@@ -146,6 +148,20 @@ void restore_owner_and_mode(const QString& path, const file_state& like) {
   // Ownership and access lists stay with the directory's inheritance on Windows.
   (void)path;
   (void)like;
+}
+
+bool replace_file(const QString& path, const QByteArray& bytes, QString* why) {
+  // A new file in the profile inherits the profile's access list, which is the user's own.
+  QTemporaryFile temporary(path + QStringLiteral(".XXXXXX"));
+  if (!temporary.open() || temporary.write(bytes) != bytes.size() || !temporary.flush() ||
+      !::FlushFileBuffers(reinterpret_cast<HANDLE>(_get_osfhandle(temporary.handle())))) {
+    if (why != nullptr) *why = temporary.errorString();
+    return false;
+  }
+  temporary.close();
+  if (!rename_over(temporary.fileName(), path, why)) return false;
+  temporary.setAutoRemove(false);
+  return true;
 }
 
 bool hard_link(const QString& from, const QString& to, QString* why) {

@@ -28,6 +28,7 @@
 #include <unistd.h>
 
 #include "cfgq_envd_format.h"
+#include "cfgq_file_platform.h"
 
 namespace {
 
@@ -82,45 +83,6 @@ class fd_holder {
   int m_fd;
 };
 
-// A temporary file beside the store, removed on every path unless renamed into place.
-class temp_file {
- public:
-  explicit temp_file(const QByteArray& store_path)
-      : m_path(store_path + ".XXXXXX"), m_fd(mkostemp(m_path.data(), O_CLOEXEC)) {
-    if (m_fd.get() < 0) m_path.clear();
-  }
-  ~temp_file() {
-    if (!m_path.isEmpty()) unlink(m_path.constData());
-  }
-  temp_file(const temp_file&) = delete;
-  temp_file& operator=(const temp_file&) = delete;
-  int fd() const { return m_fd.get(); }
-  int close() { return m_fd.close(); }
-  int rename_to(const QByteArray& target) {
-    const int result = ::rename(m_path.constData(), target.constData());
-    if (result == 0) m_path.clear();
-    return result;
-  }
-
- private:
-  QByteArray m_path;
-  fd_holder m_fd;
-};
-
-// Writes all of `bytes`; a short write is continued, and the error that stops it is returned
-// (0 when everything was written).
-int write_all(int fd, const QByteArray& bytes) {
-  qsizetype done = 0;
-  while (done < bytes.size()) {
-    const ssize_t n = ::write(fd, bytes.constData() + done, bytes.size() - done);
-    if (n < 0 && errno == EINTR) continue;
-    if (n < 0) return errno;
-    if (n == 0) return ENOSPC;
-    done += n;
-  }
-  return 0;
-}
-
 // Where a write of `location` goes: the path itself, or the regular file a link points to.
 // Empty, with *why, when it must not be written.
 QByteArray write_target(const QString& location, QString* why) {
@@ -145,50 +107,10 @@ QByteArray write_target(const QString& location, QString* why) {
   return path;
 }
 
-// Creates the missing directories of `directory`, each readable by the user alone.
-int make_directories(const QByteArray& directory) {
-  struct stat st;
-  if (directory.isEmpty() || stat(directory.constData(), &st) == 0) return 0;
-  const qsizetype slash = directory.lastIndexOf('/');
-  if (slash > 0) {
-    if (const int error = make_directories(directory.left(slash))) return error;
-  }
-  if (mkdir(directory.constData(), 0700) != 0) return errno == EEXIST ? 0 : errno;
-  // The umask may have taken bits away that the owner needs.
-  return chmod(directory.constData(), 0700) == 0 ? 0 : errno;
-}
-
 // Replaces the file at `target` with `bytes`, or leaves it as it was and says why.
 write_result replace_file(const QByteArray& target, const QByteArray& bytes) {
-  const QByteArray directory = target.left(target.lastIndexOf('/'));
-  if (const int error = make_directories(directory)) {
-    return failed(QStringLiteral("can't create %1: %2")
-                      .arg(QFile::decodeName(directory), system_reason(error)));
-  }
-  temp_file temp(target);
-  if (temp.fd() < 0) {
-    return failed(QStringLiteral("can't create a file in %1: %2")
-                      .arg(QFile::decodeName(directory), system_reason(errno)));
-  }
-  struct stat old;
-  const bool existed = stat(target.constData(), &old) == 0;
-  // The old file's owner and mode, or the user's alone for a new one.
-  if (existed && (old.st_uid != geteuid() || old.st_gid != getegid()) &&
-      fchown(temp.fd(), old.st_uid, old.st_gid) != 0) {
-    return failed(QStringLiteral("can't keep its owner (uid %1): %2")
-                      .arg(old.st_uid)
-                      .arg(system_reason(errno)));
-  }
-  if (fchmod(temp.fd(), existed ? old.st_mode & 07777 : 0600) != 0) {
-    return failed(system_reason(errno));
-  }
-  if (const int error = write_all(temp.fd(), bytes)) return failed(system_reason(error));
-  if (fsync(temp.fd()) != 0 || temp.close() != 0) return failed(system_reason(errno));
-  if (temp.rename_to(target) != 0) return failed(system_reason(errno));
-  // The rename itself reaches the disk with the directory.
-  fd_holder dir(open(directory.isEmpty() ? "/" : directory.constData(),
-                     O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (dir.get() >= 0) fsync(dir.get());
+  QString why;
+  if (!cfgq_platform::replace_file(QFile::decodeName(target), bytes, &why)) return failed(why);
   return {write_outcome::written, QString()};
 }
 

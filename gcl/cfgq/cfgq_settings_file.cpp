@@ -331,21 +331,6 @@ bool reads_with_format_error(const QSettings& settings) {
   return settings.status() == QSettings::FormatError;
 }
 
-// Writes `bytes` to `path` through a new file beside it, renamed into place once every byte is
-// written, so that `path` holds its old bytes or all the new ones, and a link standing there is
-// replaced, never written through. The new file is readable by its owner only.
-bool replace_file(const QString& path, const QByteArray& bytes, QString* why) {
-  QTemporaryFile temporary(path + QStringLiteral(".XXXXXX.tmp"));
-  if (!temporary.open() || temporary.write(bytes) != bytes.size() || !temporary.flush()) {
-    *why = temporary.errorString();
-    return false;
-  }
-  temporary.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-  if (!platform::rename_over(temporary.fileName(), path, why)) return false;
-  temporary.setAutoRemove(false);
-  return true;
-}
-
 // Before any write can replace what Qt could not read faithfully (a format error, bytes that
 // are not UTF-8), keeps a byte-exact copy of the file as "<file>.format-error". A file checked
 // once is checked again only after it changed. Called with the record's mutex held.
@@ -374,7 +359,7 @@ void keep_damaged_copy(cfgq_file_record& record, QSettings& settings,
   }
   const QString copy = record.real + QLatin1String(cfgq_format_error_suffix);
   QString why;
-  if (replace_file(copy, bytes, &why)) {
+  if (platform::replace_file(copy, bytes, &why)) {
     cfgq_debug("Kept a copy of " + record.real.toStdString() + " as " + copy.toStdString() +
                ": " + (undecodable ? "it holds bytes that are not UTF-8" : "it has format errors") +
                ", which the next write would not keep");
@@ -442,7 +427,7 @@ QString write_checked(cfgq_file_record& record, cfgq_file_generation& generation
   // Only through an alias of its own can the write be staged; without one (no private
   // directory) Qt writes the file itself and a cut is found, not undone.
   const bool staged = generation.alias != record.real &&
-                      stage_file(record.real, platform::state_of(record.native, true), stage) &&
+                      stage_file(record.real, before, stage) &&
                       point_alias(generation.alias, stage);
   if (!staged) {
     platform::remove_file(stage);
