@@ -237,8 +237,9 @@ TEST_F(CliTest, WritesThatFailExitThreeWithPathAndReason) {
 // A write of the settings file that the library reports as failed: a read-only directory around
 // a writable file, for a user other than root.
 TEST_F(CliTest, ASettingsWriteTheLibraryReportsFailedExitsThree) {
-  if (geteuid() != 0 || !QFileInfo::exists(QStringLiteral("/usr/bin/setpriv"))) {
-    GTEST_SKIP() << "needs root to run the tool as nobody";
+  if (geteuid() != 0 || !QFileInfo::exists(QStringLiteral("/usr/bin/setpriv")) ||
+      !cfgq_test::reachable_by_others(CFGQ_TOOL_PATH)) {
+    GTEST_SKIP() << "needs root, and a build that nobody can reach, to run the tool as nobody";
   }
   QTemporaryDir other_home(QStringLiteral("/tmp/cfgq-nobody-XXXXXX"));
   const QString file = other_home.filePath(QStringLiteral("korvel2.kreg"));

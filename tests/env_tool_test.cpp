@@ -320,8 +320,9 @@ TEST_F(EnvToolTest, NewStoresArePrivateAndOldOnesKeepOwnerAndMode) {
 
 // Another user's rights bind where root's don't: as root, the tool runs as nobody.
 TEST_F(EnvToolTest, ReadOnlyStoreAndNoHomeAsAnotherUser) {
-  if (geteuid() != 0 || !QFileInfo::exists("/usr/sbin/runuser")) {
-    GTEST_SKIP() << "needs root and runuser to run the tool as another user";
+  if (geteuid() != 0 || !QFileInfo::exists("/usr/sbin/runuser") ||
+      !cfgq_test::reachable_by_others(CFGQ_TOOL_PATH)) {
+    GTEST_SKIP() << "needs root, runuser and a build another user can reach";
   }
   QTemporaryDir outside_private_tmp("/tmp/cfgq-env-test-XXXXXX");  // nobody must reach it
   const QString own = outside_private_tmp.path() + "/nobody";

@@ -32,6 +32,15 @@ inline void write_file(const QString& path, const QByteArray& bytes) {
   ASSERT_EQ(file.write(bytes), bytes.size()) << path.toStdString();
 }
 
+// True when another user can reach `path`: every directory above it lets others pass. A build
+// below a private directory (a clone in `mktemp -d`) can't be run as another user.
+inline bool reachable_by_others(const QString& path) {
+  for (QDir dir = QFileInfo(path).dir();; dir.cdUp()) {
+    if (!(QFileInfo(dir.absolutePath()).permissions() & QFileDevice::ExeOther)) return false;
+    if (dir.isRoot()) return true;
+  }
+}
+
 // Sets (or, with nullopt, unsets) an environment variable and puts the old value back.
 class EnvGuard {
  public:
