@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <mutex>
 
 #include <QDir>
@@ -21,7 +22,6 @@
 #include "ver.h"
 
 #include "cfgq_file_platform.h"
-#include "cfgq_settings_cache.h"
 
 namespace {
 
@@ -52,6 +52,22 @@ class temp_settings_file {
 };
 
 temp_settings_file temp_registry_file;
+
+// QDir(profile_dir).absoluteFilePath("korvel2.kreg") for a UTF-8 directory path. Each thread
+// remembers its last answer for an absolute directory, as the path is worked out for every view.
+QString profile_settings_file(const std::string& profile_dir) {
+  struct answer {
+    std::string dir;
+    QString path;
+  };
+  thread_local std::unique_ptr<answer> last;
+  if (last && last->dir == profile_dir) return last->path;
+  const QString dir = QString::fromStdString(profile_dir);
+  QString path = QDir(dir).absoluteFilePath(QStringLiteral("korvel2.kreg"));
+  // A relative directory is taken from the working directory, which may change in between.
+  if (QDir::isAbsolutePath(dir)) last = std::make_unique<answer>(answer{profile_dir, path});
+  return path;
+}
 
 bool separate_64_bit_settings() {
   // Fixed at the first main-key name of the process; later configuration changes don't count.
@@ -102,7 +118,7 @@ QString get_registry_file_path() {
   const std::string profile = gen_get_user_profile_directory();
   // Without a profile directory there is no settings file: never one in the working directory.
   if (profile.empty()) return QString();
-  return cfgq_profile_settings_file(profile);
+  return profile_settings_file(profile);
 }
 
 QString cfgq_temporary_settings_file() { return temp_registry_file.path(); }

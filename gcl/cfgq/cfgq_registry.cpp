@@ -8,7 +8,7 @@
 #include <QVariant>
 
 #include "cfgq.h"
-#include "cfgq_registry_key.h"
+#include "cfgq_location.h"
 #include "ver.h"
 
 namespace {

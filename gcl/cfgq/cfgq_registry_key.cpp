@@ -2,10 +2,10 @@
 // settings object (cfgq_settings_file.h); where the file lies is cfgq_location.h, and the
 // sections are cfgq_sections.cpp.
 #include "cfgq.h"
-#include "cfgq_registry_key.h"
+#include "cfgq_location.h"
 #include "cfgq_diagnostics.h"
-#include "cfgq_settings_cache.h"
 #include "cfgq_settings_file.h"
+#include "cfgq_value_lookup.h"
 
 #include <cstdarg>
 #include <cstdlib>

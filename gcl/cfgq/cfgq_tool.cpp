@@ -4,7 +4,7 @@
 #include <mutex>
 #include <optional>
 
-#include "cfgq_registry_key.h"
+#include "cfgq_location.h"
 
 namespace {
 
