@@ -15,25 +15,28 @@ namespace {
 using cfgq_test::EnvGuard;
 
 struct command_lookup {
-  const char* command;
-  CFGQ_AUTO_ARGUMENT_ENUM (*lookup)(const char*);
+  cfgq_tcl_command command;
   std::vector<CFGQ_AUTO_ARGUMENT_ENUM> accepted;  // the names the command takes exactly
 };
 
 const std::vector<command_lookup> all_commands = {
-    {"gui_settings::get_value", cfgq_gui_settings_get_value_name_to_id,
+    {CFGQ_TCL_GET_VALUE,
      {CFGQ_AUTO_ARGUMENT_H, CFGQ_AUTO_ARGUMENT_HELP, CFGQ_AUTO_ARGUMENT_LONG_HELP}},
-    {"cfgq_create_registry", cfgq_create_registry_name_to_id,
+    {CFGQ_TCL_CREATE_REGISTRY,
      {CFGQ_AUTO_ARGUMENT_H, CFGQ_AUTO_ARGUMENT_HELP, CFGQ_AUTO_ARGUMENT_LONG_HELP,
       CFGQ_AUTO_ARGUMENT_KEY, CFGQ_AUTO_ARGUMENT_VALUE}},
-    {"cfgq_read_registry", cfgq_read_registry_name_to_id,
+    {CFGQ_TCL_READ_REGISTRY,
      {CFGQ_AUTO_ARGUMENT_H, CFGQ_AUTO_ARGUMENT_HELP, CFGQ_AUTO_ARGUMENT_LONG_HELP,
       CFGQ_AUTO_ARGUMENT_KEY}},
-    {"cfgq_get_all_keys", cfgq_get_all_keys_name_to_id,
+    {CFGQ_TCL_GET_ALL_KEYS,
      {CFGQ_AUTO_ARGUMENT_H, CFGQ_AUTO_ARGUMENT_HELP, CFGQ_AUTO_ARGUMENT_LONG_HELP}},
-    {"cfgq_clear_registry", cfgq_clear_registry_name_to_id,
+    {CFGQ_TCL_CLEAR_REGISTRY,
      {CFGQ_AUTO_ARGUMENT_H, CFGQ_AUTO_ARGUMENT_HELP, CFGQ_AUTO_ARGUMENT_LONG_HELP}},
 };
+
+CFGQ_AUTO_ARGUMENT_ENUM lookup(cfgq_tcl_command command, const char* name) {
+  return cfgq_tcl_name_to_id(command, name);
+}
 
 // What a command's lookup must answer for `text`, worked out from the naming rule rather than
 // from the package's tables: an accepted name is itself; a proper prefix of exactly one accepted
@@ -62,22 +65,22 @@ TEST(TclArgsLookupTest, EveryNameAndPrefixFollowsTheAbbreviationRule) {
       }
       for (const char* tail : {"x", "_", " "}) texts.push_back(name + std::string(tail));
       for (const std::string& text : texts) {
-        SCOPED_TRACE(std::string(command.command) + " " + text);
-        EXPECT_EQ(command.lookup(text.c_str()), expected_id(command, text));
+        SCOPED_TRACE(std::string(cfgq_tcl_command_name(command.command)) + " " + text);
+        EXPECT_EQ(lookup(command.command, text.c_str()), expected_id(command, text));
       }
     }
-    EXPECT_EQ(command.lookup(""), CFGQ_AUTO_ARGUMENT_EMPTY);
-    EXPECT_EQ(command.lookup(nullptr), CFGQ_AUTO_ARGUMENT_EMPTY);
-    EXPECT_EQ(command.lookup("Help"), CFGQ_AUTO_ARGUMENT_NONE);
-    EXPECT_EQ(command.lookup("-help"), CFGQ_AUTO_ARGUMENT_NONE);
+    EXPECT_EQ(lookup(command.command, ""), CFGQ_AUTO_ARGUMENT_EMPTY);
+    EXPECT_EQ(lookup(command.command, nullptr), CFGQ_AUTO_ARGUMENT_EMPTY);
+    EXPECT_EQ(lookup(command.command, "Help"), CFGQ_AUTO_ARGUMENT_NONE);
+    EXPECT_EQ(lookup(command.command, "-help"), CFGQ_AUTO_ARGUMENT_NONE);
   }
   // A few rows spelled out, so that the rule above can't drift unnoticed.
-  EXPECT_EQ(cfgq_create_registry_name_to_id("type"), CFGQ_AUTO_ARGUMENT_NONE);
-  EXPECT_EQ(cfgq_read_registry_name_to_id("h"), CFGQ_AUTO_ARGUMENT_H);
-  EXPECT_EQ(cfgq_create_registry_name_to_id("valu"), CFGQ_AUTO_ARGUMENT_VALUE);
-  EXPECT_EQ(cfgq_read_registry_name_to_id("v"), CFGQ_AUTO_ARGUMENT_NONE);
-  EXPECT_EQ(cfgq_gui_settings_get_value_name_to_id("k"), CFGQ_AUTO_ARGUMENT_NONE);
-  EXPECT_EQ(cfgq_clear_registry_name_to_id("long_hel"), CFGQ_AUTO_ARGUMENT_LONG_HELP);
+  EXPECT_EQ(lookup(CFGQ_TCL_CREATE_REGISTRY, "type"), CFGQ_AUTO_ARGUMENT_NONE);
+  EXPECT_EQ(lookup(CFGQ_TCL_READ_REGISTRY, "h"), CFGQ_AUTO_ARGUMENT_H);
+  EXPECT_EQ(lookup(CFGQ_TCL_CREATE_REGISTRY, "valu"), CFGQ_AUTO_ARGUMENT_VALUE);
+  EXPECT_EQ(lookup(CFGQ_TCL_READ_REGISTRY, "v"), CFGQ_AUTO_ARGUMENT_NONE);
+  EXPECT_EQ(lookup(CFGQ_TCL_GET_VALUE, "k"), CFGQ_AUTO_ARGUMENT_NONE);
+  EXPECT_EQ(lookup(CFGQ_TCL_CLEAR_REGISTRY, "long_hel"), CFGQ_AUTO_ARGUMENT_LONG_HELP);
 }
 
 TEST(TclNameTableTest, FindsEveryNameThroughGrowthAndReplacement) {
@@ -156,7 +159,7 @@ TEST_F(TclArgsDeathTest, MisuseIsAnInternalError) {
   }
   const char* line[] = {"cfgq_get_all_keys", "General"};
   bool done = false;
-  EXPECT_DEATH(cfgq_get_all_keys_process_args(nullptr, &done, 2, line),
+  EXPECT_DEATH(cfgq_tcl_process_args(CFGQ_TCL_GET_ALL_KEYS, nullptr, &done, 2, line),
                "args != 0.*CFGQ.*gcl/cfgq/cfgq_tcl_args_auto.cpp");
   atcl_set_interpreter(nullptr);
   const char* no_interpreter =

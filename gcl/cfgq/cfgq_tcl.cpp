@@ -96,12 +96,9 @@ QString font_display_form(const QString& stored, bool* ok) {
       .trimmed();
 }
 
-int get_value_body(Tcl_Interp* interp, int argc, const char* argv[]) {
-  ATCL_ARGS args;
-  bool done = false;
-  const int status = cfgq_gui_settings_get_value_process_args(&args, &done, argc, argv);
-  if (status != TCL_OK || done) return status;
+}  // namespace
 
+int cfgq_get_value_body(Tcl_Interp* interp, const ATCL_ARGS& args) {
   const char* given = args.get_one_arg_pos_option(0);
   const char* name = gen_is_empty_string(given) ? "" : given;
 
@@ -142,12 +139,7 @@ int get_value_body(Tcl_Interp* interp, int argc, const char* argv[]) {
   return report(interp, message);
 }
 
-int create_registry_body(Tcl_Interp* interp, int argc, const char* argv[]) {
-  ATCL_ARGS args;
-  bool done = false;
-  const int status = cfgq_create_registry_process_args(&args, &done, argc, argv);
-  if (status != TCL_OK || done) return status;
-
+int cfgq_create_registry_body(Tcl_Interp* interp, const ATCL_ARGS& args) {
   const char* section = args.get_one_arg_pos_option(0);
   const char* key = args.get_one_arg_option(CFGQ_AUTO_ARGUMENT_KEY);
   const char* value = args.get_one_arg_option(CFGQ_AUTO_ARGUMENT_VALUE);
@@ -161,12 +153,7 @@ int create_registry_body(Tcl_Interp* interp, int argc, const char* argv[]) {
   return TCL_OK;
 }
 
-int read_registry_body(Tcl_Interp* interp, int argc, const char* argv[]) {
-  ATCL_ARGS args;
-  bool done = false;
-  const int status = cfgq_read_registry_process_args(&args, &done, argc, argv);
-  if (status != TCL_OK || done) return status;
-
+int cfgq_read_registry_body(Tcl_Interp* interp, const ATCL_ARGS& args) {
   const char* section = args.get_one_arg_pos_option(0);
   const char* key = args.get_one_arg_option(CFGQ_AUTO_ARGUMENT_KEY);
   if (gen_is_empty_string(section)) return report_empty_type(interp);
@@ -183,12 +170,7 @@ int read_registry_body(Tcl_Interp* interp, int argc, const char* argv[]) {
   return TCL_OK;
 }
 
-int get_all_keys_body(Tcl_Interp* interp, int argc, const char* argv[]) {
-  ATCL_ARGS args;
-  bool done = false;
-  const int status = cfgq_get_all_keys_process_args(&args, &done, argc, argv);
-  if (status != TCL_OK || done) return status;
-
+int cfgq_get_all_keys_body(Tcl_Interp* interp, const ATCL_ARGS& args) {
   const char* section = args.get_one_arg_pos_option(0);
   if (gen_is_empty_string(section)) return report_empty_type(interp);
 
@@ -204,12 +186,7 @@ int get_all_keys_body(Tcl_Interp* interp, int argc, const char* argv[]) {
   return TCL_OK;
 }
 
-int clear_registry_body(Tcl_Interp* interp, int argc, const char* argv[]) {
-  ATCL_ARGS args;
-  bool done = false;
-  const int status = cfgq_clear_registry_process_args(&args, &done, argc, argv);
-  if (status != TCL_OK || done) return status;
-
+int cfgq_clear_registry_body(Tcl_Interp* interp, const ATCL_ARGS& args) {
   const char* section = args.get_one_arg_pos_option(0);
   if (gen_is_empty_string(section)) return report_empty_type(interp);
 
@@ -218,30 +195,13 @@ int clear_registry_body(Tcl_Interp* interp, int argc, const char* argv[]) {
   return TCL_OK;
 }
 
-}  // namespace
-
-int cfgq_gui_settings_get_value_cmd(ClientData, Tcl_Interp* interp, int argc,
-                                    const char* argv[]) {
-  return guarded(interp, "gui_settings::get_value",
-                 [&] { return get_value_body(interp, argc, argv); });
-}
-
-int cfgq_create_registry_cmd(ClientData, Tcl_Interp* interp, int argc, const char* argv[]) {
-  return guarded(interp, "cfgq_create_registry",
-                 [&] { return create_registry_body(interp, argc, argv); });
-}
-
-int cfgq_read_registry_cmd(ClientData, Tcl_Interp* interp, int argc, const char* argv[]) {
-  return guarded(interp, "cfgq_read_registry",
-                 [&] { return read_registry_body(interp, argc, argv); });
-}
-
-int cfgq_get_all_keys_cmd(ClientData, Tcl_Interp* interp, int argc, const char* argv[]) {
-  return guarded(interp, "cfgq_get_all_keys",
-                 [&] { return get_all_keys_body(interp, argc, argv); });
-}
-
-int cfgq_clear_registry_cmd(ClientData, Tcl_Interp* interp, int argc, const char* argv[]) {
-  return guarded(interp, "cfgq_clear_registry",
-                 [&] { return clear_registry_body(interp, argc, argv); });
+int cfgq_tcl_run(cfgq_tcl_command command, cfgq_tcl_body* body, Tcl_Interp* interp, int argc,
+                 const char* argv[]) {
+  return guarded(interp, cfgq_tcl_command_name(command), [&] {
+    ATCL_ARGS args;
+    bool done = false;
+    const int status = cfgq_tcl_process_args(command, &args, &done, argc, argv);
+    if (status != TCL_OK || done) return status;
+    return body(interp, args);
+  });
 }

@@ -1,9 +1,13 @@
-// The Tcl package gui_settings as tables: commands, argument definitions, name tables with
-// abbreviations, lookups, argument processors, and the package's registration.
+// The Tcl package gui_settings as tables: one row per command, from which its definition, its
+// entry in the command table, its accepted names and abbreviations follow; the name tables, the
+// lookups and argument processors, and the package's registration.
 #include "cfgq_tcl_args_auto.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <string>
+#include <utility>
 
 #include "cfgq_tcl.h"
 #include "gen.h"
@@ -24,132 +28,94 @@ constexpr const char* unregister_module = "gcl_cfgq";
 constexpr const char* entry_point_stem = "cfgq_gui_settings";
 constexpr std::uint32_t new_table_buckets = 61;
 
-enum command_slot : std::size_t {
-  get_value_slot,
-  create_registry_slot,
-  read_registry_slot,
-  get_all_keys_slot,
-  clear_registry_slot,
-  command_count
-};
+// ---- The commands ----------------------------------------------------------------------------
+// One row per command: its name, what it does once its line is parsed, and its arguments in
+// record order. The options a command accepts and their abbreviations follow from the arguments.
 
-ATCL_CALLBACK command_table[] = {
-    {cfgq_gui_settings_get_value_cmd, "gui_settings::get_value", nullptr},
-    {cfgq_create_registry_cmd, "cfgq_create_registry", nullptr},
-    {cfgq_read_registry_cmd, "cfgq_read_registry", nullptr},
-    {cfgq_get_all_keys_cmd, "cfgq_get_all_keys", nullptr},
-    {cfgq_clear_registry_cmd, "cfgq_clear_registry", nullptr},
-    {nullptr, nullptr, nullptr},
-};
+constexpr std::size_t max_arguments = 3;
 
-// ---- Argument definitions --------------------------------------------------------------------
-
-constexpr ATCL_ARG_DEFINITION get_value_arguments[] = {
-    {CFGQ_AUTO_ARGUMENT_KEY, 1, 1, 1, nullptr},
-    {0, 0, 0, 0, nullptr},
-};
-constexpr ATCL_ARG_DEFINITION create_registry_arguments[] = {
-    {CFGQ_AUTO_ARGUMENT_KEY, 1, 0, 0, nullptr},
-    {CFGQ_AUTO_ARGUMENT_VALUE, 1, 0, 0, nullptr},
-    {CFGQ_AUTO_ARGUMENT_TYPE, 1, 1, 0, nullptr},
-    {0, 0, 0, 0, nullptr},
-};
-constexpr ATCL_ARG_DEFINITION read_registry_arguments[] = {
-    {CFGQ_AUTO_ARGUMENT_KEY, 1, 0, 0, nullptr},
-    {CFGQ_AUTO_ARGUMENT_TYPE, 1, 1, 0, nullptr},
-    {0, 0, 0, 0, nullptr},
-};
-constexpr ATCL_ARG_DEFINITION get_all_keys_arguments[] = {
-    {CFGQ_AUTO_ARGUMENT_TYPE, 1, 1, 0, nullptr},
-    {0, 0, 0, 0, nullptr},
-};
-constexpr ATCL_ARG_DEFINITION clear_registry_arguments[] = {
-    {CFGQ_AUTO_ARGUMENT_TYPE, 1, 1, 0, nullptr},
-    {0, 0, 0, 0, nullptr},
-};
-
-// The Tcl command library speaks in plain 32-bit identifiers.
-const char* atcl_id_to_name(ATCL_ARGUMENT_ID id) {
-  return cfgq_auto_argument_name(static_cast<CFGQ_AUTO_ARGUMENT_ENUM>(id));
-}
-template <CFGQ_AUTO_ARGUMENT_ENUM (*lookup)(const char*)>
-ATCL_ARGUMENT_ID atcl_name_to_id(const char* name) {
-  return lookup(name);
+constexpr ATCL_ARG_DEFINITION named(CFGQ_AUTO_ARGUMENT_ENUM id) { return {id, 1, 0, 0, nullptr}; }
+constexpr ATCL_ARG_DEFINITION positional(CFGQ_AUTO_ARGUMENT_ENUM id) {
+  return {id, 1, 1, 0, nullptr};
 }
 
-constexpr ATCL_CMD_DEFINITION command_definitions[command_count] = {
-    {package_short_name, "gui_settings::get_value", atcl_id_to_name,
-     atcl_name_to_id<cfgq_gui_settings_get_value_name_to_id>, nullptr, nullptr,
-     get_value_arguments, nullptr, nullptr},
-    {package_short_name, "cfgq_create_registry", atcl_id_to_name,
-     atcl_name_to_id<cfgq_create_registry_name_to_id>, nullptr, nullptr,
-     create_registry_arguments, nullptr, nullptr},
-    {package_short_name, "cfgq_read_registry", atcl_id_to_name,
-     atcl_name_to_id<cfgq_read_registry_name_to_id>, nullptr, nullptr, read_registry_arguments,
-     nullptr, nullptr},
-    {package_short_name, "cfgq_get_all_keys", atcl_id_to_name,
-     atcl_name_to_id<cfgq_get_all_keys_name_to_id>, nullptr, nullptr, get_all_keys_arguments,
-     nullptr, nullptr},
-    {package_short_name, "cfgq_clear_registry", atcl_id_to_name,
-     atcl_name_to_id<cfgq_clear_registry_name_to_id>, nullptr, nullptr,
-     clear_registry_arguments, nullptr, nullptr},
+struct command_row {
+  const char* name;
+  cfgq_tcl_body* body;
+  // Unused records stay zero: the first of them ends the list.
+  std::array<ATCL_ARG_DEFINITION, max_arguments + 1> arguments;
+};
+
+// In cfgq_tcl_command order.
+constexpr command_row command_rows[CFGQ_TCL_COMMAND_COUNT] = {
+    // The appearance name is positional and the one record whose second flag is set.
+    {"gui_settings::get_value", cfgq_get_value_body,
+     {{{CFGQ_AUTO_ARGUMENT_KEY, 1, 1, 1, nullptr}}}},
+    {"cfgq_create_registry", cfgq_create_registry_body,
+     {{named(CFGQ_AUTO_ARGUMENT_KEY), named(CFGQ_AUTO_ARGUMENT_VALUE),
+       positional(CFGQ_AUTO_ARGUMENT_TYPE)}}},
+    {"cfgq_read_registry", cfgq_read_registry_body,
+     {{named(CFGQ_AUTO_ARGUMENT_KEY), positional(CFGQ_AUTO_ARGUMENT_TYPE)}}},
+    {"cfgq_get_all_keys", cfgq_get_all_keys_body, {{positional(CFGQ_AUTO_ARGUMENT_TYPE)}}},
+    {"cfgq_clear_registry", cfgq_clear_registry_body, {{positional(CFGQ_AUTO_ARGUMENT_TYPE)}}},
 };
 
 // ---- Accepted names and abbreviations --------------------------------------------------------
 
-struct abbreviation {
-  const char* name;
-  CFGQ_AUTO_ARGUMENT_ENUM id;
+// Every command takes the help requests; the Tcl command library answers them.
+constexpr CFGQ_AUTO_ARGUMENT_ENUM help_requests[] = {
+    CFGQ_AUTO_ARGUMENT_H, CFGQ_AUTO_ARGUMENT_HELP, CFGQ_AUTO_ARGUMENT_LONG_HELP};
+
+// The names a command's lookup takes exactly: the help requests and the command's named options
+// (a positional argument is not named on the line), as a mask indexed by identifier.
+std::array<bool, CFGQ_AUTO_ARGUMENT_EMPTY> accepted_names(const command_row& row) {
+  std::array<bool, CFGQ_AUTO_ARGUMENT_EMPTY> accepted{};
+  for (const CFGQ_AUTO_ARGUMENT_ENUM id : help_requests) accepted[id] = true;
+  for (const ATCL_ARG_DEFINITION& argument : row.arguments) {
+    if (argument.id != CFGQ_AUTO_ARGUMENT_NONE && argument.positional == 0) {
+      accepted[static_cast<std::size_t>(argument.id)] = true;
+    }
+  }
+  return accepted;
+}
+
+// A command's abbreviations: every proper prefix of an accepted name that begins exactly one
+// accepted name and is not an accepted name itself ("h" is its own name, never short for
+// "help"). Names are taken in alphabetical order, each one's prefixes from the shortest.
+struct abbreviations {
+  std::vector<std::string> texts;
+  std::vector<CFGQ_AUTO_ARGUMENT_ENUM> ids;
 };
 
-constexpr abbreviation help_abbreviations[] = {
-    {"he", CFGQ_AUTO_ARGUMENT_HELP},           {"hel", CFGQ_AUTO_ARGUMENT_HELP},
-    {"l", CFGQ_AUTO_ARGUMENT_LONG_HELP},       {"lo", CFGQ_AUTO_ARGUMENT_LONG_HELP},
-    {"lon", CFGQ_AUTO_ARGUMENT_LONG_HELP},     {"long", CFGQ_AUTO_ARGUMENT_LONG_HELP},
-    {"long_", CFGQ_AUTO_ARGUMENT_LONG_HELP},   {"long_h", CFGQ_AUTO_ARGUMENT_LONG_HELP},
-    {"long_he", CFGQ_AUTO_ARGUMENT_LONG_HELP}, {"long_hel", CFGQ_AUTO_ARGUMENT_LONG_HELP},
-};
-constexpr abbreviation read_registry_abbreviations[] = {
-    {"he", CFGQ_AUTO_ARGUMENT_HELP},           {"hel", CFGQ_AUTO_ARGUMENT_HELP},
-    {"k", CFGQ_AUTO_ARGUMENT_KEY},             {"ke", CFGQ_AUTO_ARGUMENT_KEY},
-    {"l", CFGQ_AUTO_ARGUMENT_LONG_HELP},       {"lo", CFGQ_AUTO_ARGUMENT_LONG_HELP},
-    {"lon", CFGQ_AUTO_ARGUMENT_LONG_HELP},     {"long", CFGQ_AUTO_ARGUMENT_LONG_HELP},
-    {"long_", CFGQ_AUTO_ARGUMENT_LONG_HELP},   {"long_h", CFGQ_AUTO_ARGUMENT_LONG_HELP},
-    {"long_he", CFGQ_AUTO_ARGUMENT_LONG_HELP}, {"long_hel", CFGQ_AUTO_ARGUMENT_LONG_HELP},
-};
-constexpr abbreviation create_registry_abbreviations[] = {
-    {"he", CFGQ_AUTO_ARGUMENT_HELP},           {"hel", CFGQ_AUTO_ARGUMENT_HELP},
-    {"k", CFGQ_AUTO_ARGUMENT_KEY},             {"ke", CFGQ_AUTO_ARGUMENT_KEY},
-    {"l", CFGQ_AUTO_ARGUMENT_LONG_HELP},       {"lo", CFGQ_AUTO_ARGUMENT_LONG_HELP},
-    {"lon", CFGQ_AUTO_ARGUMENT_LONG_HELP},     {"long", CFGQ_AUTO_ARGUMENT_LONG_HELP},
-    {"long_", CFGQ_AUTO_ARGUMENT_LONG_HELP},   {"long_h", CFGQ_AUTO_ARGUMENT_LONG_HELP},
-    {"long_he", CFGQ_AUTO_ARGUMENT_LONG_HELP}, {"long_hel", CFGQ_AUTO_ARGUMENT_LONG_HELP},
-    {"v", CFGQ_AUTO_ARGUMENT_VALUE},           {"va", CFGQ_AUTO_ARGUMENT_VALUE},
-    {"val", CFGQ_AUTO_ARGUMENT_VALUE},         {"valu", CFGQ_AUTO_ARGUMENT_VALUE},
-};
-
-// What each command accepts: exact names (identifiers), abbreviations and the size its
-// abbreviation table is reserved for. Indexed by command slot.
-struct command_names {
-  std::array<bool, 8> accepts_exactly;  // indexed by identifier
-  const abbreviation* abbreviations;
-  std::size_t abbreviation_count;
-  std::uint32_t reserved_for;
-};
-
-constexpr std::array<bool, 8> help_only = {false, true, true, true, false, false, false, false};
-constexpr std::array<bool, 8> help_and_key = {false, true, true, true, true, false, false, false};
-constexpr std::array<bool, 8> help_key_and_value = {false, true, true, true,
-                                                    true,  false, true, false};
-
-constexpr command_names names_of[command_count] = {
-    {help_only, help_abbreviations, std::size(help_abbreviations), 20},
-    {help_key_and_value, create_registry_abbreviations, std::size(create_registry_abbreviations),
-     32},
-    {help_and_key, read_registry_abbreviations, std::size(read_registry_abbreviations), 24},
-    {help_only, help_abbreviations, std::size(help_abbreviations), 20},
-    {help_only, help_abbreviations, std::size(help_abbreviations), 20},
-};
+abbreviations abbreviations_of(const std::array<bool, CFGQ_AUTO_ARGUMENT_EMPTY>& accepted) {
+  std::vector<std::pair<std::string, CFGQ_AUTO_ARGUMENT_ENUM>> names;
+  for (std::int32_t id = CFGQ_AUTO_ARGUMENT_H; id < CFGQ_AUTO_ARGUMENT_EMPTY; ++id) {
+    if (accepted[id]) {
+      names.emplace_back(CFGQ_AUTO_ARGUMENT_NAMES[id], static_cast<CFGQ_AUTO_ARGUMENT_ENUM>(id));
+    }
+  }
+  std::sort(names.begin(), names.end());
+  const auto begins = [](const std::string& name, const std::string& prefix) {
+    return name.compare(0, prefix.size(), prefix) == 0;
+  };
+  abbreviations found;
+  for (const auto& [name, id] : names) {
+    for (std::size_t length = 1; length < name.size(); ++length) {
+      const std::string prefix = name.substr(0, length);
+      int owners = 0;
+      bool is_a_name = false;
+      for (const auto& other : names) {
+        owners += begins(other.first, prefix) ? 1 : 0;
+        is_a_name = is_a_name || other.first == prefix;
+      }
+      if (owners == 1 && !is_a_name) {
+        found.texts.push_back(prefix);
+        found.ids.push_back(id);
+      }
+    }
+  }
+  return found;
+}
 
 // ---- Tables built on first use ---------------------------------------------------------------
 // Function-local statics: built once even when two threads arrive together, built again at the
@@ -167,21 +133,31 @@ const CFGQ_NAME_TABLE& full_name_table() {
   return *table;
 }
 
-std::unique_ptr<const CFGQ_NAME_TABLE> build_abbreviation_table(const command_names& names) {
-  auto built = std::make_unique<CFGQ_NAME_TABLE>();
-  built->reserve(names.reserved_for);
-  for (std::size_t i = 0; i < names.abbreviation_count; ++i) {
-    built->insert(names.abbreviations[i].name, names.abbreviations[i].id);
+// One command's accepted names and its abbreviation table, which points into `texts`.
+struct command_names {
+  std::array<bool, CFGQ_AUTO_ARGUMENT_EMPTY> accepted;
+  std::vector<std::string> texts;
+  CFGQ_NAME_TABLE abbreviations;
+};
+
+std::unique_ptr<const command_names> build_command_names(const command_row& row) {
+  auto built = std::make_unique<command_names>();
+  built->accepted = accepted_names(row);
+  abbreviations found = abbreviations_of(built->accepted);
+  built->texts = std::move(found.texts);
+  // Reserved for twice its entries, as the package's tables always were.
+  built->abbreviations.reserve(static_cast<std::uint32_t>(2 * built->texts.size()));
+  for (std::size_t i = 0; i < built->texts.size(); ++i) {
+    built->abbreviations.insert(built->texts[i].c_str(), found.ids[i]);
   }
   return built;
 }
 
 // One table object per command, even where the contents are equal.
 template <std::size_t slot>
-const CFGQ_NAME_TABLE& abbreviation_table() {
-  static const std::unique_ptr<const CFGQ_NAME_TABLE> table =
-      build_abbreviation_table(names_of[slot]);
-  return *table;
+const command_names& names_of() {
+  static const std::unique_ptr<const command_names> names = build_command_names(command_rows[slot]);
+  return *names;
 }
 
 template <std::size_t slot>
@@ -189,32 +165,68 @@ CFGQ_AUTO_ARGUMENT_ENUM name_to_id(const char* name) {
   const bool given = !gen_is_empty_string(name);
   if (given) {
     if (const CFGQ_NAME_TABLE::ENTRY* entry = full_name_table().find(name)) {
-      if (names_of[slot].accepts_exactly[static_cast<std::size_t>(entry->id)]) {
+      if (names_of<slot>().accepted[static_cast<std::size_t>(entry->id)]) {
         return static_cast<CFGQ_AUTO_ARGUMENT_ENUM>(entry->id);
       }
     }
   }
-  const CFGQ_NAME_TABLE& abbreviations = abbreviation_table<slot>();
+  const CFGQ_NAME_TABLE& abbreviations = names_of<slot>().abbreviations;
   if (!given) return CFGQ_AUTO_ARGUMENT_EMPTY;
   const CFGQ_NAME_TABLE::ENTRY* entry = abbreviations.find(name);
   return entry ? static_cast<CFGQ_AUTO_ARGUMENT_ENUM>(entry->id) : CFGQ_AUTO_ARGUMENT_NONE;
 }
 
+// ---- Definitions and the command table, one entry per row ------------------------------------
+
+// The Tcl command library speaks in plain 32-bit identifiers.
+const char* atcl_id_to_name(ATCL_ARGUMENT_ID id) {
+  return cfgq_auto_argument_name(static_cast<CFGQ_AUTO_ARGUMENT_ENUM>(id));
+}
+template <std::size_t slot>
+ATCL_ARGUMENT_ID atcl_name_to_id(const char* name) {
+  return name_to_id<slot>(name);
+}
+
+template <std::size_t slot>
+int procedure(ClientData, Tcl_Interp* interp, int argc, const char* argv[]) {
+  return cfgq_tcl_run(static_cast<cfgq_tcl_command>(slot), command_rows[slot].body, interp, argc,
+                      argv);
+}
+
+template <std::size_t... slot>
+constexpr std::array<ATCL_CMD_DEFINITION, CFGQ_TCL_COMMAND_COUNT> make_definitions(
+    std::index_sequence<slot...>) {
+  return {{{package_short_name, command_rows[slot].name, atcl_id_to_name, atcl_name_to_id<slot>,
+            nullptr, nullptr, command_rows[slot].arguments.data(), nullptr, nullptr}...}};
+}
+
+// Ends with an entry whose fields are all null.
+template <std::size_t... slot>
+constexpr std::array<ATCL_CALLBACK, CFGQ_TCL_COMMAND_COUNT + 1> make_command_table(
+    std::index_sequence<slot...>) {
+  return {{{procedure<slot>, command_rows[slot].name, nullptr}..., {nullptr, nullptr, nullptr}}};
+}
+
+using all_slots = std::make_index_sequence<CFGQ_TCL_COMMAND_COUNT>;
+constexpr std::array<ATCL_CMD_DEFINITION, CFGQ_TCL_COMMAND_COUNT> command_definitions =
+    make_definitions(all_slots{});
+std::array<ATCL_CALLBACK, CFGQ_TCL_COMMAND_COUNT + 1> command_table =
+    make_command_table(all_slots{});
+
+template <std::size_t... slot>
+constexpr std::array<CFGQ_AUTO_ARGUMENT_ENUM (*)(const char*), CFGQ_TCL_COMMAND_COUNT>
+make_lookups(std::index_sequence<slot...>) {
+  return {{name_to_id<slot>...}};
+}
+constexpr auto name_lookups = make_lookups(all_slots{});
+
 // Slots are filled at a command's first invocation, unguarded: each command runs on the
 // thread of its interpreter.
-using command_object_table = std::array<std::unique_ptr<ATCL_CMD>, command_count>;
+using command_object_table = std::array<std::unique_ptr<ATCL_CMD>, CFGQ_TCL_COMMAND_COUNT>;
 
 command_object_table& command_objects() {
   static command_object_table table;
   return table;
-}
-
-int process_args(std::size_t slot, ATCL_ARGS* args, bool* done, int argc,
-                 const char* const* argv) {
-  if (args == nullptr) MSG_INTERNAL_ERROR::report("args != 0", module_name, this_file, __LINE__);
-  std::unique_ptr<ATCL_CMD>& command = command_objects()[slot];
-  if (!command) command = std::make_unique<ATCL_CMD>(&command_definitions[slot]);
-  return args->process_tcl_command_arguments(command.get(), done, argc, argv);
 }
 
 // ---- Lifetime of the package in the process --------------------------------------------------
@@ -257,7 +269,8 @@ std::uint32_t CFGQ_NAME_TABLE::hash(const char* name) {
   std::uint32_t h = 0;
   for (const char* p = name; p != nullptr && *p != '\0'; ++p) {
     // Bytes count as signed: a name byte above 0x7f subtracts.
-    const auto byte = static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<signed char>(*p)));
+    const auto byte =
+        static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<signed char>(*p)));
     h ^= (h << 5) + (h >> 2) + byte;
   }
   return h;
@@ -319,46 +332,20 @@ const char* cfgq_auto_argument_name(CFGQ_AUTO_ARGUMENT_ENUM id) {
   return CFGQ_AUTO_ARGUMENT_NAMES[id];
 }
 
-CFGQ_AUTO_ARGUMENT_ENUM cfgq_gui_settings_get_value_name_to_id(const char* name) {
-  return name_to_id<get_value_slot>(name);
-}
-CFGQ_AUTO_ARGUMENT_ENUM cfgq_create_registry_name_to_id(const char* name) {
-  return name_to_id<create_registry_slot>(name);
-}
-CFGQ_AUTO_ARGUMENT_ENUM cfgq_read_registry_name_to_id(const char* name) {
-  return name_to_id<read_registry_slot>(name);
-}
-CFGQ_AUTO_ARGUMENT_ENUM cfgq_get_all_keys_name_to_id(const char* name) {
-  return name_to_id<get_all_keys_slot>(name);
-}
-CFGQ_AUTO_ARGUMENT_ENUM cfgq_clear_registry_name_to_id(const char* name) {
-  return name_to_id<clear_registry_slot>(name);
+const char* cfgq_tcl_command_name(cfgq_tcl_command command) {
+  return command_rows[command].name;
 }
 
-int cfgq_gui_settings_get_value_process_args(ATCL_ARGS* args, bool* done, int argc,
-                                             const char* const* argv) {
-  return process_args(get_value_slot, args, done, argc, argv);
-}
-int cfgq_create_registry_process_args(ATCL_ARGS* args, bool* done, int argc,
-                                      const char* const* argv) {
-  return process_args(create_registry_slot, args, done, argc, argv);
-}
-int cfgq_read_registry_process_args(ATCL_ARGS* args, bool* done, int argc,
-                                    const char* const* argv) {
-  return process_args(read_registry_slot, args, done, argc, argv);
-}
-int cfgq_get_all_keys_process_args(ATCL_ARGS* args, bool* done, int argc,
-                                   const char* const* argv) {
-  return process_args(get_all_keys_slot, args, done, argc, argv);
-}
-int cfgq_clear_registry_process_args(ATCL_ARGS* args, bool* done, int argc,
-                                     const char* const* argv) {
-  return process_args(clear_registry_slot, args, done, argc, argv);
+CFGQ_AUTO_ARGUMENT_ENUM cfgq_tcl_name_to_id(cfgq_tcl_command command, const char* name) {
+  return name_lookups[command](name);
 }
 
-const ATCL_CMD* cfgq_auto_command_object(int slot) {
-  if (slot < 0 || slot >= static_cast<int>(command_count)) return nullptr;
-  return command_objects()[static_cast<std::size_t>(slot)].get();
+int cfgq_tcl_process_args(cfgq_tcl_command command, ATCL_ARGS* args, bool* done, int argc,
+                          const char* const* argv) {
+  if (args == nullptr) MSG_INTERNAL_ERROR::report("args != 0", module_name, this_file, __LINE__);
+  std::unique_ptr<ATCL_CMD>& object = command_objects()[command];
+  if (!object) object = std::make_unique<ATCL_CMD>(&command_definitions[command]);
+  return args->process_tcl_command_arguments(object.get(), done, argc, argv);
 }
 
 // ---- Registration ----------------------------------------------------------------------------
@@ -380,7 +367,7 @@ constexpr const char* no_interpreter_message =
 
 extern "C" void cfgq_gui_settings_register_tcl() {
   atcl_begin_package_setup(package_namespace, package_version, nullptr, nullptr, false);
-  atcl_register_callbacks(command_table);
+  atcl_register_callbacks(command_table.data());
   atcl_end_package_setup();
   if (atcl_get_interpreter() == nullptr) {
     MSG_INTERNAL_ERROR::report(no_interpreter_message, module_name, this_file, __LINE__);

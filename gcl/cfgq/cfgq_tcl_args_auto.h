@@ -1,4 +1,4 @@
-// The Tcl package gui_settings: its argument enumeration and name tables, the per-command name
+// The Tcl package gui_settings: its argument enumeration and name tables, the commands' name
 // lookups and argument processors, and the package's registration entry points. Internal to the
 // library except for the four entry points exported at the end.
 #pragma once
@@ -76,34 +76,31 @@ class CFGQ_NAME_TABLE {
 // The argument name of `id`, 1 to 6. Any other identifier is an internal error.
 const char* cfgq_auto_argument_name(CFGQ_AUTO_ARGUMENT_ENUM id);
 
-// Each command's option lookup: a bare name (no "-"), possibly null, to the argument it names,
-// exactly or by an unambiguous abbreviation; 0 when the command accepts no such name (the
-// positional "type" among them), 7 for an empty or missing name.
-CFGQ_AUTO_ARGUMENT_ENUM cfgq_gui_settings_get_value_name_to_id(const char* name);
-CFGQ_AUTO_ARGUMENT_ENUM cfgq_create_registry_name_to_id(const char* name);
-CFGQ_AUTO_ARGUMENT_ENUM cfgq_read_registry_name_to_id(const char* name);
-CFGQ_AUTO_ARGUMENT_ENUM cfgq_get_all_keys_name_to_id(const char* name);
-CFGQ_AUTO_ARGUMENT_ENUM cfgq_clear_registry_name_to_id(const char* name);
+// The package's commands, in the order of its command table (and of its command objects).
+enum cfgq_tcl_command : int {
+  CFGQ_TCL_GET_VALUE,        // "gui_settings::get_value"
+  CFGQ_TCL_CREATE_REGISTRY,  // "cfgq_create_registry"
+  CFGQ_TCL_READ_REGISTRY,    // "cfgq_read_registry"
+  CFGQ_TCL_GET_ALL_KEYS,     // "cfgq_get_all_keys"
+  CFGQ_TCL_CLEAR_REGISTRY,   // "cfgq_clear_registry"
+  CFGQ_TCL_COMMAND_COUNT
+};
 
-// Each command's argument processor: parses argv (argv[0] the command's name) into *args
-// through the command's object, made at the first call and reused afterwards. Returns the
-// parser's status; TCL_OK with *done true means help was printed and nothing more is to be done.
-// A null `args` is an internal error.
-int cfgq_gui_settings_get_value_process_args(ATCL_ARGS* args, bool* done, int argc,
-                                             const char* const* argv);
-int cfgq_create_registry_process_args(ATCL_ARGS* args, bool* done, int argc,
-                                      const char* const* argv);
-int cfgq_read_registry_process_args(ATCL_ARGS* args, bool* done, int argc,
-                                    const char* const* argv);
-int cfgq_get_all_keys_process_args(ATCL_ARGS* args, bool* done, int argc,
-                                   const char* const* argv);
-int cfgq_clear_registry_process_args(ATCL_ARGS* args, bool* done, int argc,
-                                     const char* const* argv);
+// The command's name as scripts call it.
+const char* cfgq_tcl_command_name(cfgq_tcl_command command);
 
-// The command objects, slot 0 to 4 in command-table order: "gui_settings::get_value",
-// "cfgq_create_registry", "cfgq_read_registry", "cfgq_get_all_keys", "cfgq_clear_registry".
-// Null until the command's first invocation; released at unload.
-const ATCL_CMD* cfgq_auto_command_object(int slot);
+// The command's option lookup, the one its definition hands to the Tcl command library: a bare
+// name (no "-"), possibly null, to the argument it names, exactly or by an unambiguous
+// abbreviation; 0 when the command accepts no such name (the positional argument among them), 7
+// for an empty or missing name. A command accepts the three help requests and its named options.
+CFGQ_AUTO_ARGUMENT_ENUM cfgq_tcl_name_to_id(cfgq_tcl_command command, const char* name);
+
+// The command's argument processor: parses argv (argv[0] the command's name) into *args through
+// the command's object, made at the first call and reused afterwards. Returns the parser's
+// status; TCL_OK with *done true means help was printed and nothing more is to be done. A null
+// `args` is an internal error.
+int cfgq_tcl_process_args(cfgq_tcl_command command, ATCL_ARGS* args, bool* done, int argc,
+                          const char* const* argv);
 
 extern "C" {
 // Tcl's load entry (`load libcfgq.so Gui_settings`): registers the package and returns TCL_OK
