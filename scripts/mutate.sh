@@ -80,13 +80,13 @@ mutant $k "copy writes into the current group, not the destination" \
 mutant $k "clear_registry_key clears the whole file" \
   'for (const QString& key : m_settings->allKeys()) m_settings->remove(key);' \
   'm_settings->clear();'
-mutant $k "section table: one group name wrong" \
-  '{"OFCQ", "Orlesk_Foundation_Class"},' \
-  '{"OFCQ", "Orlesk_Foundation_Classes"},'
 
 k=gcl/cfgq/cfgq_settings_file.cpp
 # The file's size is checked at opening and again under its lock, so one inverted check alone
 # changes nothing; the limit itself one byte lower sets aside a file of exactly the limit.
+mutant gcl/cfgq/cfgq_sections.cpp "section table: one group name wrong" \
+  '{"OFCQ", "Orlesk_Foundation_Class"},' \
+  '{"OFCQ", "Orlesk_Foundation_Classes"},'
 mutant gcl/cfgq/cfgq_limits.h "file size limit one byte lower" \
   'constexpr qint64 max_file_bytes = 10'"'"'000'"'"'000;' \
   'constexpr qint64 max_file_bytes = 9'"'"'999'"'"'999;'
@@ -159,11 +159,14 @@ mutant $k "clear_registry clears the whole file" \
 
 k=gcl/cfgq/cfgq_tcl_args_auto.cpp
 mutant $k "read_registry does not take -key" \
-  'help_and_key = {false, true, true, true, true, false, false, false};' \
-  'help_and_key = {false, true, true, true, false, false, false, false};'
-mutant $k "-v abbreviates -key" \
-  '{"v", CFGQ_AUTO_ARGUMENT_VALUE},' \
-  '{"v", CFGQ_AUTO_ARGUMENT_KEY},'
+  '{{named(CFGQ_AUTO_ARGUMENT_KEY), positional(CFGQ_AUTO_ARGUMENT_TYPE)}}' \
+  '{{positional(CFGQ_AUTO_ARGUMENT_KEY), positional(CFGQ_AUTO_ARGUMENT_TYPE)}}'
+mutant $k "abbreviations start at two letters" \
+  'for (std::size_t length = 1; length < name.size(); ++length) {' \
+  'for (std::size_t length = 2; length < name.size(); ++length) {'
+mutant $k "a positional argument is accepted by name" \
+  'if (argument.id != CFGQ_AUTO_ARGUMENT_NONE && argument.positional == 0) {' \
+  'if (argument.id != CFGQ_AUTO_ARGUMENT_NONE) {'
 mutant $k "the last argument name left out of the full-name table" \
   'id <= CFGQ_AUTO_ARGUMENT_VALUE; ++id' \
   'id < CFGQ_AUTO_ARGUMENT_VALUE; ++id'

@@ -102,13 +102,11 @@ abbreviations abbreviations_of(const std::array<bool, CFGQ_AUTO_ARGUMENT_EMPTY>&
   for (const auto& [name, id] : names) {
     for (std::size_t length = 1; length < name.size(); ++length) {
       const std::string prefix = name.substr(0, length);
-      int owners = 0;
-      bool is_a_name = false;
-      for (const auto& other : names) {
-        owners += begins(other.first, prefix) ? 1 : 0;
-        is_a_name = is_a_name || other.first == prefix;
-      }
-      if (owners == 1 && !is_a_name) {
+      // A prefix that is an accepted name begins that name too, so it never has one owner.
+      const auto owners = std::count_if(names.begin(), names.end(), [&](const auto& other) {
+        return begins(other.first, prefix);
+      });
+      if (owners == 1) {
         found.texts.push_back(prefix);
         found.ids.push_back(id);
       }
