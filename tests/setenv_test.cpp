@@ -1,6 +1,7 @@
 // Persistent environment variables: store choice, list rules, the process environment, the
 // session's own value, what the stores refuse, and where the user's store lives.
 #include <pwd.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <optional>
@@ -9,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -179,6 +181,23 @@ TEST_F(SetenvTest, RefusedWriteStillReportsDoneAndTellsTheDebugChannel) {
   cfgq_write_failure failure;
   ASSERT_TRUE(cfgq_tool_take_write_failure(&failure));
   EXPECT_EQ(failure.path, location(store::user));
+}
+
+// A writer killed mid-write leaves its staged file beside the store: the next write removes it
+// once its process is gone, and leaves a live writer's and the person's own files alone.
+TEST_F(SetenvTest, NextWriteRemovesOnlyDeadWritersLeftovers) {
+  const pid_t gone = ::fork();
+  if (gone == 0) ::_exit(0);
+  ::waitpid(gone, nullptr, 0);
+  const QString store_file = location(store::user);
+  const QString dead = store_file + QStringLiteral(".cfgq-new.%1.AbCdEf").arg(gone);
+  const QStringList kept = {store_file + QStringLiteral(".cfgq-new.%1.AbCdEf").arg(::getppid()),
+                            store_file + ".bak", store_file + ".AbCdEf"};
+  for (const QString& file : kept + QStringList{dead}) cfgq_test::write_file(file, "x");
+  ASSERT_EQ(cfgq_env::store_write(store_file, "A", "1").outcome, write_outcome::written);
+  EXPECT_FALSE(QFile::exists(dead));
+  for (const QString& file : kept) EXPECT_TRUE(QFile::exists(file)) << file.toStdString();
+  EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files).size(), kept.size() + 1);
 }
 
 TEST_F(SetenvTest, UserFileFollowsXdgConfigHome) {

@@ -63,10 +63,12 @@ void restore_owner_and_mode(const QString& path, const file_state& like);
 bool hard_link(const QString& from, const QString& to, QString* why);
 
 // Replaces the file at `path` with `bytes` so that it holds its old bytes or all the new ones: a
-// temporary file beside it (missing directories made, the user's alone), every write checked,
-// flushed to disk, the old file's owner and mode (the user's alone for a new one), renamed over
-// it. False, with the system's reason in *why, when the file was left as it was.
-bool replace_file(const QString& path, const QByteArray& bytes, QString* why);
+// temporary file `temp_stem` and six more letters, beside it (missing directories made, the
+// user's alone), every write checked, flushed to disk, the old file's owner and mode (the user's
+// alone for a new one), renamed over it. False, with the system's reason in *why, when the file
+// was left as it was.
+bool replace_file(const QString& path, const QString& temp_stem, const QByteArray& bytes,
+                  QString* why);
 
 // Renames `from` to `to`, replacing `to`. False (reason in *why) on failure.
 bool rename_over(const QString& from, const QString& to, QString* why);

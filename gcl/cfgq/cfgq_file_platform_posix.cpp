@@ -120,7 +120,8 @@ int make_directories(const QByteArray& directory) {
 
 }  // namespace
 
-bool replace_file(const QString& path, const QByteArray& bytes, QString* why) {
+bool replace_file(const QString& path, const QString& temp_stem, const QByteArray& bytes,
+                  QString* why) {
   const QByteArray target = QFile::encodeName(path);
   const QByteArray directory = target.left(target.lastIndexOf('/'));
   const auto failed = [why](const QString& reason) {
@@ -131,7 +132,7 @@ bool replace_file(const QString& path, const QByteArray& bytes, QString* why) {
     return failed(QStringLiteral("can't create %1: %2")
                       .arg(QFile::decodeName(directory), error_text(error)));
   }
-  temp_file temp(target);
+  temp_file temp(QFile::encodeName(temp_stem));
   if (temp.fd() < 0) {
     return failed(QStringLiteral("can't create a file in %1: %2")
                       .arg(QFile::decodeName(directory), error_text(errno)));

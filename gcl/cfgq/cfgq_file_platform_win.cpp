@@ -150,9 +150,10 @@ void restore_owner_and_mode(const QString& path, const file_state& like) {
   (void)like;
 }
 
-bool replace_file(const QString& path, const QByteArray& bytes, QString* why) {
+bool replace_file(const QString& path, const QString& temp_stem, const QByteArray& bytes,
+                  QString* why) {
   // A new file in the profile inherits the profile's access list, which is the user's own.
-  QTemporaryFile temporary(path + QStringLiteral(".XXXXXX"));
+  QTemporaryFile temporary(temp_stem + QStringLiteral(".XXXXXX"));
   if (!temporary.open() || temporary.write(bytes) != bytes.size() || !temporary.flush() ||
       !::FlushFileBuffers(reinterpret_cast<HANDLE>(_get_osfhandle(temporary.handle())))) {
     if (why != nullptr) *why = temporary.errorString();

@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 
 #ifndef _WIN32
@@ -176,3 +177,26 @@ void cfgq_remove_dead_process_files(const QString& temp_dir) {
 }
 
 void cfgq_secure_temporary_file(const QString& path) { cfgq_platform::own_private_file(path); }
+
+QString cfgq_staging_name(const QString& path) {
+  return path + QStringLiteral(".cfgq-new.%1").arg(cfgq_platform::this_process());
+}
+
+void cfgq_remove_dead_stages(const QString& path) {
+  const QFileInfo file(path);
+  const QString prefix = file.fileName() + QStringLiteral(".cfgq-new.");
+  const QDir dir = file.dir();
+  for (const QString& name : dir.entryList({prefix + QLatin1Char('*')},
+                                           QDir::Files | QDir::Hidden | QDir::System)) {
+    bool number = false;
+    const qint64 pid = name.mid(prefix.size()).section(QLatin1Char('.'), 0, 0).toLongLong(&number);
+    if (number && pid != cfgq_platform::this_process() && cfgq_platform::process_is_gone(pid)) {
+      cfgq_platform::remove_file(dir.filePath(name));
+    }
+  }
+}
+
+bool cfgq_replace_file(const QString& path, const QByteArray& bytes, QString* why) {
+  cfgq_remove_dead_stages(path);
+  return cfgq_platform::replace_file(path, cfgq_staging_name(path), bytes, why);
+}

@@ -29,6 +29,7 @@
 
 #include "cfgq_envd_format.h"
 #include "cfgq_file_platform.h"
+#include "cfgq_location.h"
 
 namespace {
 
@@ -110,7 +111,7 @@ QByteArray write_target(const QString& location, QString* why) {
 // Replaces the file at `target` with `bytes`, or leaves it as it was and says why.
 write_result replace_file(const QByteArray& target, const QByteArray& bytes) {
   QString why;
-  if (!cfgq_platform::replace_file(QFile::decodeName(target), bytes, &why)) return failed(why);
+  if (!cfgq_replace_file(QFile::decodeName(target), bytes, &why)) return failed(why);
   return {write_outcome::written, QString()};
 }
 

@@ -131,22 +131,6 @@ file_records& records() {
   return instance;
 }
 
-// Removes what killed writers of this file left of their staged writes ("<file>.cfgq-new.<pid>"
-// and Qt's temporaries of it, see staging_name) once their process is provably gone.
-void remove_dead_writers_stages(const QString& real) {
-  const QFileInfo file(real);
-  const QString prefix = file.fileName() + QStringLiteral(".cfgq-new.");
-  QDir dir = file.dir();
-  for (const QString& name : dir.entryList({prefix + QLatin1Char('*')},
-                                           QDir::Files | QDir::Hidden | QDir::System)) {
-    bool number = false;
-    const qint64 pid = name.mid(prefix.size()).section(QLatin1Char('.'), 0, 0).toLongLong(&number);
-    if (number && pid != platform::this_process() && platform::process_is_gone(pid)) {
-      platform::remove_file(dir.filePath(name));
-    }
-  }
-}
-
 // A new alias of the record's file; the record's views from now on open it. The old alias stays
 // (objects opened on it may still write through it) but loses its keeper.
 std::shared_ptr<cfgq_file_generation> new_generation(cfgq_file_record& record) {
@@ -350,8 +334,12 @@ void keep_damaged_copy(cfgq_file_record& record, QSettings& settings,
   // Another process may have rewritten the file since Qt read it: its writer saw the damage
   // first and kept the copy, which clean bytes must not replace.
   if (!undecodable) {
-    QTemporaryFile probe(QDir(QFileInfo(record.real).absolutePath())
-                             .filePath(QStringLiteral(".cfgq-format-check-XXXXXX")));
+    // In the process's own directory: a process killed here leaves nothing beside the user's
+    // file, and its directory goes with it.
+    const QString dir = private_dir().path().isEmpty()
+                            ? QString::fromStdString(cfgq_temp_directory())
+                            : private_dir().path();
+    QTemporaryFile probe(QDir(dir).filePath(QStringLiteral("format-check.XXXXXX")));
     if (!probe.open() || probe.write(bytes) != bytes.size() || !probe.flush()) return;
     probe.close();
     const QSettings reader(probe.fileName(), QSettings::IniFormat);
@@ -359,7 +347,7 @@ void keep_damaged_copy(cfgq_file_record& record, QSettings& settings,
   }
   const QString copy = record.real + QLatin1String(cfgq_format_error_suffix);
   QString why;
-  if (platform::replace_file(copy, bytes, &why)) {
+  if (cfgq_replace_file(copy, bytes, &why)) {
     cfgq_debug("Kept a copy of " + record.real.toStdString() + " as " + copy.toStdString() +
                ": " + (undecodable ? "it holds bytes that are not UTF-8" : "it has format errors") +
                ", which the next write would not keep");
@@ -376,13 +364,6 @@ bool point_alias(const QString& alias, const QString& target) {
   platform::remove_file(replacement);
   return platform::make_link(target, replacement) &&
          platform::rename_over(replacement, alias, nullptr);
-}
-
-// The name beside the settings file that a write of this process is staged under:
-// "<file>.cfgq-new.<pid>" (Qt's own temporary for it is that name and six more letters). The
-// process id makes both provably this process's, so a later process removes them once it is gone.
-QString staging_name(const QString& real) {
-  return real + QStringLiteral(".cfgq-new.%1").arg(platform::this_process());
 }
 
 // Stages the file at `real` as `stage` for a write: a second name of the same file (no copy, no
@@ -423,7 +404,7 @@ QString write_checked(cfgq_file_record& record, cfgq_file_generation& generation
     // than its size and modification time, and reads it again before it merges and writes.
     platform::touch_later(record.real, before.modified_ms, nullptr);
   }
-  const QString stage = staging_name(record.real);
+  const QString stage = cfgq_staging_name(record.real);
   // Only through an alias of its own can the write be staged; without one (no private
   // directory) Qt writes the file itself and a cut is found, not undone.
   const bool staged = generation.alias != record.real &&
@@ -595,7 +576,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     }
     state = platform::state_of(real, true);
   }
-  if (!record->current && record->shared) remove_dead_writers_stages(real);
+  if (!record->current && record->shared) cfgq_remove_dead_stages(real);
   std::shared_ptr<cfgq_file_generation> generation =
       record->current ? record->current : new_generation(*record);
   // Qt would go on with what it read before when a new file looks the same to it (same size,
