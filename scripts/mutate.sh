@@ -81,18 +81,28 @@ mutant $k "clear_registry_key clears the whole file" \
   'for (const QString& key : m_settings->allKeys()) m_settings->remove(key);' \
   'm_settings->clear();'
 
-k=gcl/cfgq/cfgq_settings_file.cpp
-# The file's size is checked at opening and again under its lock, so one inverted check alone
-# changes nothing; the limit itself one byte lower sets aside a file of exactly the limit.
 mutant gcl/cfgq/cfgq_sections.cpp "section table: one group name wrong" \
   '{"OFCQ", "Orlesk_Foundation_Class"},' \
   '{"OFCQ", "Orlesk_Foundation_Classes"},'
+
+k=gcl/cfgq/cfgq_settings_file.cpp
+# The file's size is checked at opening and again under its lock, so one inverted check alone
+# changes nothing; the limit itself one byte lower sets aside a file of exactly the limit.
 mutant gcl/cfgq/cfgq_limits.h "file size limit one byte lower" \
   'constexpr qint64 max_file_bytes = 10'"'"'000'"'"'000;' \
   'constexpr qint64 max_file_bytes = 9'"'"'999'"'"'999;'
 mutant $k "file size limit off by one upwards" \
   'if (state.exists && state.size > max_file_bytes) {' \
   'if (state.exists && state.size > max_file_bytes + 1) {'
+mutant $k "a write cut short is renamed over the file" \
+  'if (found != expected || (written.size > 0 && !ends_with_line_end)) {' \
+  'if (found != expected && written.size > 0 && !ends_with_line_end) {'
+mutant $k "a write goes ahead without the file's lock" \
+  'if (takes_own_lock(record, generation) && !lock.take(&why, &holder)) {' \
+  'if (takes_own_lock(record, generation) && !lock.take(&why, &holder) && false) {'
+mutant $k "the event loop's flush bypasses the lock and the check" \
+  'if (event->type() != QEvent::UpdateRequest) return QSettings::event(event);' \
+  'return QSettings::event(event);'
 
 k=gcl/cfgq/cfgq_location.cpp
 mutant $k "main key: a given suffix is appended only when already there" \
@@ -101,6 +111,9 @@ mutant $k "main key: a given suffix is appended only when already there" \
 mutant $k "main key: 64-bit part misspelt" \
   'name += QLatin1String("_64-Bit");' \
   'name += QLatin1String("_64-bit");'
+mutant $k "a live writer's staged file is removed" \
+  'if (number && pid != cfgq_platform::this_process() && cfgq_platform::process_is_gone(pid)) {' \
+  'if (number && pid != cfgq_platform::this_process()) {'
 
 k=gcl/cfgq/cfgq_registry.cpp
 mutant $k "migration copies only from the running version" \

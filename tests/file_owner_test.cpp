@@ -7,6 +7,7 @@
 #include <csignal>
 #include <functional>
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -218,6 +219,45 @@ TEST_F(FileOwnerTest, StoppedLockHolderGivesABoundedVisibleFailure) {
   EXPECT_EQ(raw_value("25.1_pro/General/After").toString(), "1");
 }
 
+// In a program with an event loop Qt flushes a view's changes on its own, before the view ends:
+// that write too waits for the file's lock and goes through the checked, staged write.
+TEST_F(FileOwnerTest, ChangesFlushedByTheEventLoopTakeTheLock) {
+  int argc = 1;
+  char name[] = "file_owner_test";
+  char* argv[] = {name, nullptr};
+  QCoreApplication app(argc, argv);
+  { Key(Key::GENERAL, nullptr, nullptr).set_value("Before", "1"); }
+  const QByteArray before = profile_bytes();
+  const pid_t holder = ::fork();
+  if (holder == 0) {
+    QLockFile lock(profile_file() + ".lock");
+    if (!lock.tryLock(0)) ::_exit(1);
+    ::raise(SIGSTOP);
+    ::_exit(0);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(holder, &status, WUNTRACED), holder);
+  cfgq_test::EnvGuard wait("KORVEL_LOCK_WAIT_MS", std::string("200"));
+  {
+    Key view(Key::GENERAL, nullptr, nullptr);
+    view.set_value("During", "1");
+    QCoreApplication::processEvents();
+    EXPECT_EQ(profile_bytes(), before);
+    cfgq_write_failure failure;
+    EXPECT_TRUE(cfgq_tool_take_write_failure(&failure));
+    EXPECT_EQ(failure.lock_pid, holder);
+  }
+  ::kill(holder, SIGKILL);
+  ::waitpid(holder, &status, 0);
+  Key view(Key::GENERAL, nullptr, nullptr);
+  view.set_value("After", "2");
+  QCoreApplication::processEvents();
+  EXPECT_EQ(raw_value("25.1_pro/General/After").toString(), "2");
+  EXPECT_FALSE(QFileInfo::exists(profile_file() + ".lock"));
+  QVariant during;
+  EXPECT_FALSE(view.get_value("During", &during));
+}
+
 // Two profiles whose settings files are links to one file share one lock and lose nothing.
 TEST_F(FileOwnerTest, LinkedProfilesShareOneLock) {
   QTemporaryDir other;
@@ -305,6 +345,9 @@ TEST_F(FileOwnerTest, WriteCutShortAtAnyOffsetKeepsTheOldFile) {
        }},
       {"tclsh", [](const FileOwnerTest& t, const QStringList& env) {
          return t.tcl("cfgq_create_registry -key New -value value General", env);
+       }},
+      {"event loop", [](const FileOwnerTest& t, const QStringList& env) {
+         return t.run(QStringLiteral(CFGQ_SETTINGS_WRITER), {"event", "New", "value"}, env);
        }},
   };
   for (const auto& size : sizes) {

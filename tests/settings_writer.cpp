@@ -10,6 +10,8 @@
 //   settings_writer check LOG...            checks every value logged by a writer; prints
 //                                           "checked N missing M" and exits 1 when M > 0
 //   settings_writer one KEY VALUE           writes one value, as a short-lived tool does
+//   settings_writer event KEY VALUE         writes one value that Qt flushes from the event loop
+//                                           while the view still stands, as a graphical tool does
 //   settings_writer hold FILE               holds FILE's lock until killed, as a stopped writer
 //
 // With LOG, each value's key is appended to LOG as one line once its view has been destroyed,
@@ -22,6 +24,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QLockFile>
 #include <QString>
@@ -124,8 +127,15 @@ int main(int argc, char** argv) {
     view.set_value(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));
     return 0;
   }
+  if (mode == "event" && argc == 4) {
+    QCoreApplication app(argc, argv);
+    Key view(Key::GENERAL, nullptr, nullptr);
+    view.set_value(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));
+    QCoreApplication::processEvents();
+    return 0;
+  }
   std::fprintf(stderr,
                "usage: settings_writer loop NAME LOG | count NAME COUNT | check LOG... | "
-               "one KEY VALUE | hold FILE\n");
+               "one KEY VALUE | event KEY VALUE | hold FILE\n");
   return 2;
 }

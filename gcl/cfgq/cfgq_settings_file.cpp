@@ -238,7 +238,8 @@ QString write_refusal_reason(const QString& real) {
     if (!file.open(QIODevice::ReadWrite)) return file.errorString();
   }
   const QString dir = info.absolutePath();
-  QTemporaryFile probe(QDir(dir).filePath(QStringLiteral(".cfgq-probe-XXXXXX")));
+  // Under this process's staging name: a process killed here leaves what a later one removes.
+  QTemporaryFile probe(cfgq_staging_name(real) + QStringLiteral(".XXXXXX"));
   if (!probe.open()) return QStringLiteral("%1: %2").arg(dir, probe.errorString());
   return QStringLiteral("the new file could not be written");
 }
@@ -655,10 +656,38 @@ cfgq_settings_file::~cfgq_settings_file() { finish(); }
 void cfgq_settings_file::finish() {
   if (m_finished || !m_changed) return;
   m_finished = true;
+  write_changes([this]() -> QSettings& {
+    sync();
+    // The check counts what Qt holds from the root.
+    while (!group().isEmpty()) endGroup();
+    return *this;
+  });
+}
+
+bool cfgq_settings_file::event(QEvent* event) {
+  if (event->type() != QEvent::UpdateRequest) return QSettings::event(event);
+  // Qt flushes pending changes from the event loop on its own: that write, too, takes the
+  // file's lock and is staged and checked. It is made by a second object at the root of the
+  // same alias, which shares this one's parsed state and pending changes: the check counts from
+  // the root while this object keeps its groups. (Nothing may make Qt read between the write
+  // and the check: a write cut to nothing would be read back as an empty file that checks out.)
+  if (m_changed && !m_finished) {
+    std::unique_ptr<QSettings> root;
+    write_changes([&]() -> QSettings& {
+      root = std::make_unique<QSettings>(fileName(), QSettings::IniFormat);
+      return *root;
+    });
+  }
+  // Qt's own flush then finds nothing left to write.
+  return QSettings::event(event);
+}
+
+void cfgq_settings_file::write_changes(const std::function<QSettings&()>& write) {
+  m_changed = false;
   if (!m_record) {
     // Nothing usable behind the path: the changes go into the void with this object.
     report_failure(m_path, m_generation->refusal);
-    sync();
+    write();
     return;
   }
   cfgq_file_record& record = *m_record;
@@ -667,7 +696,7 @@ void cfgq_settings_file::finish() {
   --generation.dirty_objects;
   if (generation.discarding) {
     report_failure(m_path, QStringLiteral("an earlier write of the same changes was refused"));
-    sync();
+    write();
     return;
   }
 
@@ -678,19 +707,16 @@ void cfgq_settings_file::finish() {
     discard_writes(generation);
     if (record.current.get() == &generation) new_generation(record);
     report_failure(m_path, why, holder);
-    sync();
+    write();
     return;
   }
-  const QString failure = write_checked(record, generation, [this]() -> QSettings& {
-    sync();
-    while (!group().isEmpty()) endGroup();
-    return *this;
-  });
+  const QString failure = write_checked(record, generation, write);
   if (failure.isEmpty()) return;
   // The changes stay in Qt's state of this alias; later objects must not read them back, and
   // when the write was not even tried, this object's end must not make it.
   discard_writes(generation);
   if (record.current.get() == &generation) new_generation(record);
   report_failure(m_path, failure);
-  sync();
+  // What Qt still holds unwritten now goes into the void.
+  write();
 }

@@ -16,8 +16,10 @@
 // void discards the changes of a write that was refused.
 #pragma once
 
+#include <functional>
 #include <memory>
 
+#include <QEvent>
 #include <QSettings>
 #include <QString>
 
@@ -57,10 +59,19 @@ class cfgq_settings_file : public QSettings {
   // by the destructor; a second call does nothing.
   void finish();
 
+ protected:
+  // Qt's own flush from the event loop: written as the object's end writes (see finish).
+  bool event(QEvent* event) override;
+
  private:
   cfgq_settings_file(const QString& alias, const QString& path,
                      std::shared_ptr<cfgq_file_record> record,
                      std::shared_ptr<cfgq_file_generation> generation);
+
+  // Writes the changes pending on this object's alias under the file's lock, `write` making Qt
+  // write them and returning an object at the root of the alias; reports a failure and discards
+  // the changes. The object is clean afterwards.
+  void write_changes(const std::function<QSettings&()>& write);
 
   QString m_path;
   std::shared_ptr<cfgq_file_record> m_record;          // null for a file that can't be written
