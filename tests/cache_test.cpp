@@ -44,12 +44,14 @@ TEST_F(SettingsCacheTest, NewViewSeesWhatAnotherProcessWroteSinceTheLastView) {
     const char* what;
     const char* replacement;  // for the value on disk; null: the file is removed
     qint64 mtime_step_ms;     // the file's new time after the old one: 0 keeps the write's own
+    bool set_time;            // the new time is set, also when it is the old one
   };
   const std::vector<Case> cases = {
-      {"longer file", "Dark and bold", 0},
-      {"same size, two seconds later", "Light", 2000},
-      {"same size, a millisecond later", "Light", 1},
-      {"file removed", nullptr, 0},
+      {"longer file", "Dark and bold", 0, false},
+      {"same size, two seconds later", "Light", 2000, true},
+      {"same size, a millisecond later", "Light", 1, true},
+      {"same size, the old time kept", "Dusk2", 0, true},
+      {"file removed", nullptr, 0, false},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
@@ -60,7 +62,7 @@ TEST_F(SettingsCacheTest, NewViewSeesWhatAnotherProcessWroteSinceTheLastView) {
     } else {
       const QDateTime before = QFileInfo(profile_file()).lastModified();
       write_profile_file(read_bytes(profile_file()).replace("Dusk1", c.replacement));
-      if (c.mtime_step_ms != 0) {
+      if (c.set_time) {
         QFile file(profile_file());
         ASSERT_TRUE(file.open(QIODevice::ReadWrite));
         ASSERT_TRUE(file.setFileTime(before.addMSecs(c.mtime_step_ms),
@@ -69,6 +71,33 @@ TEST_F(SettingsCacheTest, NewViewSeesWhatAnotherProcessWroteSinceTheLastView) {
     }
     EXPECT_EQ(read_general("Theme"),
               c.replacement == nullptr ? QStringLiteral("<none>") : QString(c.replacement));
+  }
+}
+
+// Each view starts from its own groups, whatever the thread's views before it entered or left.
+TEST_F(SettingsCacheTest, EveryViewStartsInItsOwnGroups) {
+  using Key = CFGQ_REGISTRY_KEY;
+  write_general("Theme", QStringLiteral("Dusk"));
+  for (int round = 0; round < 2; ++round) {
+    {
+      Key last(Key::LAST_SUB_KEY, nullptr, nullptr);  // one level more, named ""
+      EXPECT_EQ(last.group(), "25.1_pro");
+      last.beginGroup("Extra");
+    }
+    {
+      Key general(Key::GENERAL, nullptr, nullptr);
+      EXPECT_EQ(general.group(), "25.1_pro/General");
+      Key child(general, "Child");
+      EXPECT_EQ(child.group(), "25.1_pro/General/Child");
+      child.endGroup();
+      EXPECT_EQ(child.group(), "25.1_pro/General");
+      child.endGroup();
+      child.endGroup();  // one more than was entered changes nothing
+      EXPECT_EQ(child.group(), "");
+    }
+    Key root(Key::NO_MAIN_KEY, nullptr, nullptr);
+    EXPECT_EQ(root.group(), "");
+    EXPECT_EQ(root.childGroups(), QStringList{"25.1_pro"}) << "round " << round;
   }
 }
 

@@ -149,9 +149,10 @@ CFGQ_REGISTRY_KEY::CFGQ_REGISTRY_KEY(const CFGQ_REGISTRY_KEY& parent, const std:
 }
 
 CFGQ_REGISTRY_KEY::~CFGQ_REGISTRY_KEY() {
-  // Deleting the settings object writes its changes: under the file's lock, checked, reported
-  // on the debug channel when they could not be written.
-  m_settings.reset();
+  // A settings object with changes writes them as it goes: under the file's lock, checked,
+  // reported on the debug channel when they could not be written. A clean one serves the
+  // thread's next view.
+  cfgq_settings_file::close(std::move(m_settings));
 }
 
 namespace {
@@ -178,9 +179,11 @@ void CFGQ_REGISTRY_KEY::init() {
 
 void CFGQ_REGISTRY_KEY::check_array_sizes() {}
 
-void CFGQ_REGISTRY_KEY::beginGroup(const QString& group) { m_settings->beginGroup(group); }
+void CFGQ_REGISTRY_KEY::beginGroup(const QString& group) {
+  owner_of(*m_settings).begin_group(group);
+}
 
-void CFGQ_REGISTRY_KEY::endGroup() { m_settings->endGroup(); }
+void CFGQ_REGISTRY_KEY::endGroup() { owner_of(*m_settings).end_group(); }
 
 QString CFGQ_REGISTRY_KEY::group() const { return m_settings->group(); }
 

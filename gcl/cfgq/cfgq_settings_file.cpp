@@ -20,6 +20,7 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QTemporaryFile>
+#include <QThread>
 
 #include "cfgq_diagnostics.h"
 #include "cfgq_file_platform.h"
@@ -526,6 +527,16 @@ QString real_file(const QString& path, platform::file_state* state) {
   return real;
 }
 
+// Clean settings objects that this thread's views have finished with, most recent last. A
+// settings object is not to be shared between threads, and Qt delivers its events on the thread
+// that made it, so each thread keeps its own.
+constexpr std::size_t max_idle_objects = 4;
+
+std::vector<std::unique_ptr<cfgq_settings_file>>& idle_objects() {
+  thread_local std::vector<std::unique_ptr<cfgq_settings_file>> objects;
+  return objects;
+}
+
 }  // namespace
 
 qint64 cfgq_lock_wait_ms() {
@@ -589,6 +600,17 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     generation = new_generation(*record);
   }
 
+  // The file is as Qt's parsed state on the alias last matched it, and checked: an object this
+  // thread finished with on the same alias reads nothing and checks nothing either.
+  if (generation->known_valid && generation->dirty_objects == 0 &&
+      state.same_as(generation->known) &&
+      (!state.exists || state.size == 0 || record->checked.same_as(state))) {
+    if (std::unique_ptr<cfgq_settings_file> idle = take_idle(*generation, path)) {
+      cfgq_keep_settings_file(generation->alias);
+      return idle;
+    }
+  }
+
   std::unique_ptr<cfgq_settings_file> settings;
   if (generation->dirty_objects > 0 && takes_own_lock(*record, *generation)) {
     // Opening writes the changes other objects on the alias hold: under the file's lock.
@@ -629,6 +651,49 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
   // Keeps the file's parsed state for the next view, which then costs a lookup, not a re-read.
   cfgq_keep_settings_file(generation->alias);
   return settings;
+}
+
+std::unique_ptr<cfgq_settings_file> cfgq_settings_file::take_idle(
+    const cfgq_file_generation& generation, const QString& path) {
+  auto& idle = idle_objects();
+  for (auto it = idle.rbegin(); it != idle.rend(); ++it) {
+    if ((*it)->m_generation.get() == &generation && (*it)->m_path == path) {
+      std::unique_ptr<cfgq_settings_file> found = std::move(*it);
+      idle.erase(std::next(it).base());
+      return found;
+    }
+  }
+  return nullptr;
+}
+
+void cfgq_settings_file::close(std::unique_ptr<QSettings> settings) {
+  if (!settings) return;
+  // Every view's settings object comes from open.
+  auto* file = static_cast<cfgq_settings_file*>(settings.get());
+  const bool reusable = file->m_record && !file->m_changed && !file->m_finished &&
+                        !file->m_generation->discarding && file->status() == QSettings::NoError &&
+                        file->thread() == QThread::currentThread();
+  if (!reusable) return;  // deleted here, writing its changes
+  while (file->m_levels > 0) file->end_group();
+  if (!file->group().isEmpty()) return;
+  settings.release();
+  auto& idle = idle_objects();
+  std::unique_ptr<cfgq_settings_file> oldest;
+  if (idle.size() == max_idle_objects) {
+    oldest = std::move(idle.front());
+    idle.erase(idle.begin());
+  }
+  idle.emplace_back(file);
+}
+
+void cfgq_settings_file::begin_group(const QString& group) {
+  beginGroup(group);
+  ++m_levels;
+}
+
+void cfgq_settings_file::end_group() {
+  endGroup();
+  if (m_levels > 0) --m_levels;
 }
 
 void cfgq_settings_file::set_aside_damaged(const QString& path) {

@@ -39,6 +39,16 @@ class cfgq_settings_file : public QSettings {
   // a settings object that holds nothing and whose writes are refused. Throws what Qt throws.
   static std::unique_ptr<cfgq_settings_file> open(const QString& path, bool temporary);
 
+  // Ends a view's use of `settings`, an object made by open. One with changes writes them as it
+  // is deleted; a clean one is kept, back at the root, for this thread's next view of the same
+  // file while the file stays as it is: that view then costs no new settings object.
+  static void close(std::unique_ptr<QSettings> settings);
+
+  // A view enters and leaves its groups through these, so that close can take it back to the
+  // root level by level.
+  void begin_group(const QString& group);
+  void end_group();
+
   // Renames the file at `path` to its name with ".corrupt" appended, under the file's lock, as
   // init does when opening it threw.
   static void set_aside_damaged(const QString& path);
@@ -68,6 +78,11 @@ class cfgq_settings_file : public QSettings {
                      std::shared_ptr<cfgq_file_record> record,
                      std::shared_ptr<cfgq_file_generation> generation);
 
+  // A clean object this thread finished with on `generation`'s alias, opened on `path`; null
+  // when there is none.
+  static std::unique_ptr<cfgq_settings_file> take_idle(const cfgq_file_generation& generation,
+                                                       const QString& path);
+
   // Writes the changes pending on this object's alias under the file's lock, `write` making Qt
   // write them and returning an object at the root of the alias; reports a failure and discards
   // the changes. The object is clean afterwards.
@@ -78,4 +93,5 @@ class cfgq_settings_file : public QSettings {
   std::shared_ptr<cfgq_file_generation> m_generation;  // the alias this object opened
   bool m_changed = false;
   bool m_finished = false;
+  int m_levels = 0;  // groups entered through begin_group and not yet left
 };
