@@ -188,74 +188,79 @@ TEST_F(FileOwnerTest, OversizedFileIsSetAsideOnceByConcurrentStarts) {
   }
 }
 
-// A writer stopped while it holds the file's lock makes others wait a bounded time, then their
-// write fails visibly, naming the holder; the file stays as it was.
-TEST_F(FileOwnerTest, StoppedLockHolderGivesABoundedVisibleFailure) {
-  { Key(Key::GENERAL, nullptr, nullptr).set_value("Before", "1"); }
-  const QByteArray before = profile_bytes();
-  const pid_t holder = ::fork();
-  if (holder == 0) {
-    QLockFile lock(profile_file() + ".lock");
-    if (!lock.tryLock(0)) ::_exit(1);
-    ::raise(SIGSTOP);
-    ::_exit(0);
+// A process that takes the settings file's lock and stops (SIGSTOP) holding it, as a writer
+// stopped in the middle of its write; killed at the latest when this goes.
+class stopped_lock_holder {
+ public:
+  explicit stopped_lock_holder(const QString& file) : m_pid(::fork()) {
+    if (m_pid == 0) {
+      QLockFile lock(file + ".lock");
+      if (!lock.tryLock(0)) ::_exit(1);
+      ::raise(SIGSTOP);
+      ::_exit(0);
+    }
+    int status = 0;
+    m_stopped = m_pid > 0 && ::waitpid(m_pid, &status, WUNTRACED) == m_pid && WIFSTOPPED(status);
   }
-  int status = 0;
-  ASSERT_EQ(::waitpid(holder, &status, WUNTRACED), holder);
-  ASSERT_TRUE(WIFSTOPPED(status));
-  cfgq_test::EnvGuard wait("KORVEL_LOCK_WAIT_MS", std::string("300"));
-  cfgq_write_failure failure;
-  ASSERT_TRUE(view_write_fails("During", &failure));
-  EXPECT_EQ(failure.lock_pid, holder);
-  EXPECT_TRUE(failure.reason.contains("stopped")) << failure.reason.toStdString();
-  EXPECT_EQ(profile_bytes(), before);
-  // Later views of the process don't read the refused value back from memory.
-  QVariant during;
-  EXPECT_FALSE(Key(Key::GENERAL, nullptr, nullptr).get_value("During", &during));
-  ::kill(holder, SIGKILL);
-  ::waitpid(holder, &status, 0);
-  // The dead holder's lock is taken over at once.
-  EXPECT_FALSE(view_write_fails("After", &failure)) << failure.reason.toStdString();
-  EXPECT_EQ(raw_value("25.1_pro/General/After").toString(), "1");
-}
+  ~stopped_lock_holder() { end(); }
+  stopped_lock_holder(const stopped_lock_holder&) = delete;
+  stopped_lock_holder& operator=(const stopped_lock_holder&) = delete;
+  bool stopped() const { return m_stopped; }
+  pid_t pid() const { return m_pid; }
+  void end() {
+    if (m_pid <= 0) return;
+    ::kill(m_pid, SIGKILL);
+    ::waitpid(m_pid, nullptr, 0);
+    m_pid = -1;
+  }
 
-// In a program with an event loop Qt flushes a view's changes on its own, before the view ends:
-// that write too waits for the file's lock and goes through the checked, staged write.
-TEST_F(FileOwnerTest, ChangesFlushedByTheEventLoopTakeTheLock) {
+ private:
+  pid_t m_pid;
+  bool m_stopped = false;
+};
+
+// A writer stopped while it holds the file's lock makes others wait a bounded time, then their
+// write fails visibly, naming the holder; the file stays as it was. So too when, in a program
+// with an event loop, Qt flushes a view's changes on its own before the view ends.
+TEST_F(FileOwnerTest, StoppedLockHolderGivesABoundedVisibleFailure) {
   int argc = 1;
   char name[] = "file_owner_test";
   char* argv[] = {name, nullptr};
   QCoreApplication app(argc, argv);
-  { Key(Key::GENERAL, nullptr, nullptr).set_value("Before", "1"); }
-  const QByteArray before = profile_bytes();
-  const pid_t holder = ::fork();
-  if (holder == 0) {
-    QLockFile lock(profile_file() + ".lock");
-    if (!lock.tryLock(0)) ::_exit(1);
-    ::raise(SIGSTOP);
-    ::_exit(0);
-  }
-  int status = 0;
-  ASSERT_EQ(::waitpid(holder, &status, WUNTRACED), holder);
-  cfgq_test::EnvGuard wait("KORVEL_LOCK_WAIT_MS", std::string("200"));
-  {
-    Key view(Key::GENERAL, nullptr, nullptr);
-    view.set_value("During", "1");
-    QCoreApplication::processEvents();
-    EXPECT_EQ(profile_bytes(), before);
+  cfgq_test::EnvGuard wait("KORVEL_LOCK_WAIT_MS", std::string("300"));
+  for (const bool by_event_loop : {false, true}) {
+    SCOPED_TRACE(by_event_loop ? "flushed by the event loop" : "written at the view's end");
+    // True when writing `key` failed visibly (*failure says how).
+    const auto write_fails = [by_event_loop](const char* key, cfgq_write_failure* failure) {
+      while (cfgq_tool_take_write_failure(failure)) {
+      }
+      auto view = std::make_unique<Key>(Key::GENERAL, nullptr, nullptr);
+      view->set_value(key, "1");
+      if (by_event_loop) {
+        QCoreApplication::processEvents();
+      } else {
+        view.reset();
+      }
+      return cfgq_tool_take_write_failure(failure);
+    };
+    { Key(Key::GENERAL, nullptr, nullptr).set_value("Before", "1"); }
+    const QByteArray before = profile_bytes();
+    stopped_lock_holder holder(profile_file());
+    ASSERT_TRUE(holder.stopped());
     cfgq_write_failure failure;
-    EXPECT_TRUE(cfgq_tool_take_write_failure(&failure));
-    EXPECT_EQ(failure.lock_pid, holder);
+    ASSERT_TRUE(write_fails("During", &failure));
+    EXPECT_EQ(failure.lock_pid, holder.pid());
+    EXPECT_TRUE(failure.reason.contains("stopped")) << failure.reason.toStdString();
+    EXPECT_EQ(profile_bytes(), before);
+    // Later views of the process don't read the refused value back from memory.
+    QVariant during;
+    EXPECT_FALSE(Key(Key::GENERAL, nullptr, nullptr).get_value("During", &during));
+    holder.end();
+    // The dead holder's lock is taken over at once.
+    EXPECT_FALSE(write_fails("After", &failure)) << failure.reason.toStdString();
+    EXPECT_EQ(raw_value("25.1_pro/General/After").toString(), "1");
+    EXPECT_FALSE(QFileInfo::exists(profile_file() + ".lock"));
   }
-  ::kill(holder, SIGKILL);
-  ::waitpid(holder, &status, 0);
-  Key view(Key::GENERAL, nullptr, nullptr);
-  view.set_value("After", "2");
-  QCoreApplication::processEvents();
-  EXPECT_EQ(raw_value("25.1_pro/General/After").toString(), "2");
-  EXPECT_FALSE(QFileInfo::exists(profile_file() + ".lock"));
-  QVariant during;
-  EXPECT_FALSE(view.get_value("During", &during));
 }
 
 // Two profiles whose settings files are links to one file share one lock and lose nothing.
