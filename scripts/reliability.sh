@@ -118,7 +118,7 @@ for keys in 3 40 400; do
   for i in $(seq "$keys"); do echo "General\\K$i=value $i"; done | sed '1i [25.1_pro]' >"$work/old.kreg"
   size=$(stat -c %s "$work/old.kreg")
   step=$(( size / 150 + 1 ))
-  for writer_kind in cfgq tclsh cpp; do
+  for writer_kind in cfgq tclsh cpp event; do
     for offset in $(seq 0 "$step" $((size + 40))); do
       cp "$work/old.kreg" "$HOME/korvel2.kreg"
       export LD_PRELOAD=$fault WRITE_FAULT_DIR=$HOME WRITE_FAULT_OFFSET=$offset
@@ -127,6 +127,7 @@ for keys in 3 40 400; do
         tclsh) CFGQ_TCL_SCRIPT="cfgq_create_registry -key New -value value General" \
                  tclsh "$runner" >/dev/null 2>&1 || true ;;
         cpp) "$writer" one New value >/dev/null 2>&1 || true ;;
+        event) "$writer" event New value >/dev/null 2>&1 || true ;;
       esac
       unset LD_PRELOAD WRITE_FAULT_DIR WRITE_FAULT_OFFSET
       cases=$((cases + 1))
@@ -138,4 +139,4 @@ for keys in 3 40 400; do
     done
   done
 done
-echo "writes cut short: $cases cases (3 sizes x every offset step x cfgq, tclsh, C++): $damaged files damaged"
+echo "writes cut short: $cases cases (3 sizes x every offset step x cfgq, tclsh, C++, event loop): $damaged files damaged"
