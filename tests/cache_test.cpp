@@ -74,33 +74,6 @@ TEST_F(SettingsCacheTest, NewViewSeesWhatAnotherProcessWroteSinceTheLastView) {
   }
 }
 
-// Each view starts from its own groups, whatever the thread's views before it entered or left.
-TEST_F(SettingsCacheTest, EveryViewStartsInItsOwnGroups) {
-  using Key = CFGQ_REGISTRY_KEY;
-  write_general("Theme", QStringLiteral("Dusk"));
-  for (int round = 0; round < 2; ++round) {
-    {
-      Key last(Key::LAST_SUB_KEY, nullptr, nullptr);  // one level more, named ""
-      EXPECT_EQ(last.group(), "25.1_pro");
-      last.beginGroup("Extra");
-    }
-    {
-      Key general(Key::GENERAL, nullptr, nullptr);
-      EXPECT_EQ(general.group(), "25.1_pro/General");
-      Key child(general, "Child");
-      EXPECT_EQ(child.group(), "25.1_pro/General/Child");
-      child.endGroup();
-      EXPECT_EQ(child.group(), "25.1_pro/General");
-      child.endGroup();
-      child.endGroup();  // one more than was entered changes nothing
-      EXPECT_EQ(child.group(), "");
-    }
-    Key root(Key::NO_MAIN_KEY, nullptr, nullptr);
-    EXPECT_EQ(root.group(), "");
-    EXPECT_EQ(root.childGroups(), QStringList{"25.1_pro"}) << "round " << round;
-  }
-}
-
 TEST_F(SettingsCacheTest, FileSetAsideForItsSizeLeavesTheNextViewOnAnEmptyFile) {
   for (const bool view_alive : {false, true}) {
     SCOPED_TRACE(view_alive ? "another view alive" : "no other view");

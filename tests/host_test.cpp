@@ -149,22 +149,6 @@ TEST_F(HostTest, DirectoriesAndProcessKindComeFromTheEnvironment) {
   }
 }
 
-TEST_F(HostTest, EmptyStringAndComparisonTreatNullPointers) {
-  EXPECT_TRUE(gen_is_empty_string(nullptr));
-  EXPECT_TRUE(gen_is_empty_string(""));
-  EXPECT_FALSE(gen_is_empty_string(" "));
-  EXPECT_EQ(gen_strcmp(nullptr, nullptr), 0);
-  EXPECT_EQ(gen_strcmp("General", "General"), 0);
-  const std::pair<const char*, const char*> different[] = {
-      {nullptr, ""}, {nullptr, "a"}, {"a", "b"}, {"a", "ab"}, {"General", "general"}};
-  for (const auto& [a, b] : different) {
-    SCOPED_TRACE(std::string(a ? a : "null") + " / " + (b ? b : "null"));
-    // Different, and in the same order both ways round.
-    EXPECT_LT(gen_strcmp(a, b), 0);
-    EXPECT_GT(gen_strcmp(b, a), 0);
-  }
-}
-
 TEST_F(HostTest, TemporaryFilesAreNewPrivateAndNeverAPlantedName) {
   // Names a careless implementation might pick, planted as links to a file that must survive.
   ASSERT_NO_FATAL_FAILURE(write_file(path("victim"), "keep"));
@@ -205,19 +189,6 @@ TEST_F(HostTest, RemoveToleratesAbsentFilesAndNeverFollowsALink) {
   EXPECT_EQ(read_bytes(path("target")), "keep");
   EXPECT_TRUE(FIO_FILE_SYSTEM::remove_if_exists(path("link").toStdString()));
   EXPECT_FALSE(FIO_FILE_SYSTEM::remove_if_exists(""));
-}
-
-TEST_F(HostTest, RawSprintfReplacesTheString) {
-  std::string out = "previous content";
-  MEM_DETAIL::stl_raw_sprintf(&out, "%s-%d-%.2f-%%", "name", 42, 1.5);
-  EXPECT_EQ(out, "name-42-1.50-%");
-  const std::string long_text(100'000, 'y');
-  MEM_DETAIL::stl_raw_sprintf(&out, "<%s>", long_text.c_str());
-  EXPECT_EQ(out, "<" + long_text + ">");
-  MEM_DETAIL::stl_raw_sprintf(nullptr, "%d", 1);
-  out = "kept";
-  MEM_DETAIL::stl_raw_sprintf(&out, nullptr);
-  EXPECT_EQ(out, "kept");
 }
 
 // ---- Version -----------------------------------------------------------------------------------

@@ -83,24 +83,6 @@ TEST(TclArgsLookupTest, EveryNameAndPrefixFollowsTheAbbreviationRule) {
   EXPECT_EQ(lookup(CFGQ_TCL_CLEAR_REGISTRY, "long_hel"), CFGQ_AUTO_ARGUMENT_LONG_HELP);
 }
 
-TEST(TclNameTableTest, FindsEveryNameThroughGrowthAndReplacement) {
-  CFGQ_NAME_TABLE table;
-  std::vector<std::string> names;
-  for (int i = 0; i < 200; ++i) names.push_back("name" + std::to_string(i));
-  for (int i = 0; i < 200; ++i) table.insert(names[i].c_str(), i);
-  // A different pointer to equal text is the same name: names compare by content.
-  const std::string same_text = "name7";
-  table.insert(same_text.c_str(), -7);
-  EXPECT_EQ(table.size(), 200u);
-  for (int i = 0; i < 200; ++i) {
-    SCOPED_TRACE(names[i]);
-    ASSERT_NE(table.find(names[i].c_str()), nullptr);
-    EXPECT_EQ(table.find(names[i].c_str())->id, i == 7 ? -7 : i);
-  }
-  EXPECT_EQ(table.find("name200"), nullptr);
-  EXPECT_EQ(table.find(""), nullptr);
-}
-
 // ---- Registration ----------------------------------------------------------------------------
 
 // A Tcl interpreter handed to the Tcl command library, deleted at the end of the test.
@@ -129,17 +111,6 @@ TEST_F(TclPackageTest, InitReturnsOkWhenProvidingFails) {
   EXPECT_EQ(eval("package present ::korvel::gui_settings"), "2.0");
   EXPECT_EQ(eval("info commands cfgq_read_registry"), "cfgq_read_registry");
   cfgq_gui_settings_unregister_tcl();
-}
-
-TEST_F(TclPackageTest, DeletingAnInterpreterHandsBackTheEarlierOne) {
-  // As when a child interpreter loads the package and is deleted: the first one still exists.
-  Tcl_Interp* const later = Tcl_CreateInterp();
-  atcl_set_interpreter(later);
-  Tcl_DeleteInterp(later);
-  EXPECT_EQ(atcl_get_interpreter(), m_interp);
-  Tcl_DeleteInterp(m_interp);
-  m_interp = nullptr;
-  EXPECT_EQ(atcl_get_interpreter(), nullptr);
 }
 
 TEST_F(TclPackageTest, LinkedInPackageIsTheStaticPackage) {
