@@ -605,7 +605,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
   if (generation->known_valid && generation->dirty_objects == 0 &&
       state.same_as(generation->known) &&
       (!state.exists || state.size == 0 || record->checked.same_as(state))) {
-    if (std::unique_ptr<cfgq_settings_file> idle = take_idle(*generation, path)) {
+    if (std::unique_ptr<cfgq_settings_file> idle = take_idle(*record, path)) {
       cfgq_keep_settings_file(generation->alias);
       return idle;
     }
@@ -654,16 +654,23 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
 }
 
 std::unique_ptr<cfgq_settings_file> cfgq_settings_file::take_idle(
-    const cfgq_file_generation& generation, const QString& path) {
+    const cfgq_file_record& record, const QString& path) {
   auto& idle = idle_objects();
-  for (auto it = idle.rbegin(); it != idle.rend(); ++it) {
-    if ((*it)->m_generation.get() == &generation && (*it)->m_path == path) {
-      std::unique_ptr<cfgq_settings_file> found = std::move(*it);
-      idle.erase(std::next(it).base());
-      return found;
+  std::unique_ptr<cfgq_settings_file> found;
+  for (auto it = idle.begin(); it != idle.end();) {
+    if ((*it)->m_record.get() != &record) {
+      ++it;
+    } else if ((*it)->m_generation == record.current && (*it)->m_path == path && !found) {
+      found = std::move(*it);
+      it = idle.erase(it);
+    } else if ((*it)->m_generation != record.current) {
+      // An object on an alias the file has left: its parsed state is not to outlive it here.
+      it = idle.erase(it);
+    } else {
+      ++it;
     }
   }
-  return nullptr;
+  return found;
 }
 
 void cfgq_settings_file::close(std::unique_ptr<QSettings> settings) {

@@ -78,9 +78,10 @@ class cfgq_settings_file : public QSettings {
                      std::shared_ptr<cfgq_file_record> record,
                      std::shared_ptr<cfgq_file_generation> generation);
 
-  // A clean object this thread finished with on `generation`'s alias, opened on `path`; null
-  // when there is none.
-  static std::unique_ptr<cfgq_settings_file> take_idle(const cfgq_file_generation& generation,
+  // A clean object this thread finished with on the record's current alias, opened on `path`;
+  // null when there is none. Objects on the record's earlier aliases go. The record's mutex is
+  // held.
+  static std::unique_ptr<cfgq_settings_file> take_idle(const cfgq_file_record& record,
                                                        const QString& path);
 
   // Writes the changes pending on this object's alias under the file's lock, `write` making Qt
