@@ -103,6 +103,9 @@ mutant $k "a write goes ahead without the file's lock" \
 mutant $k "the event loop's flush bypasses the lock and the check" \
   'if (event->type() != QEvent::UpdateRequest) return QSettings::event(event);' \
   'return QSettings::event(event);'
+mutant $k "a view whose flush was refused never writes again" \
+  'if (generation.discarding && generation.dirty_objects == 0 &&' \
+  'if (generation.discarding && generation.dirty_objects < 0 &&'
 
 k=gcl/cfgq/cfgq_location.cpp
 mutant $k "main key: a given suffix is appended only when already there" \

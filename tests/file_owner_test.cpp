@@ -261,6 +261,17 @@ TEST_F(FileOwnerTest, StoppedLockHolderGivesABoundedVisibleFailure) {
     EXPECT_EQ(raw_value("25.1_pro/General/After").toString(), "1");
     EXPECT_FALSE(QFileInfo::exists(profile_file() + ".lock"));
   }
+  // A view that lives on after its flush was refused writes its later changes, and only those.
+  Key long_lived(Key::GENERAL, nullptr, nullptr);
+  {
+    stopped_lock_holder holder(profile_file());
+    long_lived.set_value("Refused", "1");
+    QCoreApplication::processEvents();
+  }
+  long_lived.set_value("Later", "1");
+  QCoreApplication::processEvents();
+  EXPECT_EQ(raw_value("25.1_pro/General/Later").toString(), "1");
+  EXPECT_FALSE(raw_value("25.1_pro/General/Refused").isValid());
 }
 
 // Two profiles whose settings files are links to one file share one lock and lose nothing.

@@ -720,7 +720,17 @@ void cfgq_settings_file::mark_changed() {
   m_changed = true;
   if (!m_record) return;
   std::lock_guard<std::mutex> guard(m_record->mutex);
-  ++m_generation->dirty_objects;
+  cfgq_file_generation& generation = *m_generation;
+  // A refused write pointed this object's alias into the void. Once no object on it holds
+  // refused changes any more, a long-lived object's new change may reach the file again: the
+  // alias points back at the file, and the write makes Qt read the file afresh before it merges
+  // (what Qt holds for the alias is the refused state).
+  if (generation.discarding && generation.dirty_objects == 0 &&
+      generation.alias != m_record->real && point_alias(generation.alias, m_record->real)) {
+    generation.discarding = false;
+    generation.known_valid = false;
+  }
+  ++generation.dirty_objects;
 }
 
 cfgq_settings_file::~cfgq_settings_file() { finish(); }
