@@ -93,11 +93,15 @@ class FileOwnerTest : public cfgq_test::SettingsTest {
     EXPECT_EQ(check.childKeys().size(), keys + 1);
     EXPECT_TRUE(check.contains(name));
   }
-  // True when writing `key` through a view of this process fails visibly (*failure says how).
-  static bool view_write_fails(const char* key, cfgq_write_failure* failure) {
+  // True when writing `key` through a view of this process fails visibly (*failure says how):
+  // at the view's end, or flushed by the event loop while the view stands.
+  static bool view_write_fails(const char* key, cfgq_write_failure* failure,
+                               bool by_event_loop = false) {
     while (cfgq_tool_take_write_failure(failure)) {
     }
-    { Key(Key::GENERAL, nullptr, nullptr).set_value(key, "1"); }
+    auto view = std::make_unique<Key>(Key::GENERAL, nullptr, nullptr);
+    view->set_value(key, "1");
+    if (by_event_loop) QCoreApplication::processEvents(); else view.reset();
     return cfgq_tool_take_write_failure(failure);
   }
   int values_in(const QString& group) const {
@@ -230,25 +234,12 @@ TEST_F(FileOwnerTest, StoppedLockHolderGivesABoundedVisibleFailure) {
   cfgq_test::EnvGuard wait("KORVEL_LOCK_WAIT_MS", std::string("300"));
   for (const bool by_event_loop : {false, true}) {
     SCOPED_TRACE(by_event_loop ? "flushed by the event loop" : "written at the view's end");
-    // True when writing `key` failed visibly (*failure says how).
-    const auto write_fails = [by_event_loop](const char* key, cfgq_write_failure* failure) {
-      while (cfgq_tool_take_write_failure(failure)) {
-      }
-      auto view = std::make_unique<Key>(Key::GENERAL, nullptr, nullptr);
-      view->set_value(key, "1");
-      if (by_event_loop) {
-        QCoreApplication::processEvents();
-      } else {
-        view.reset();
-      }
-      return cfgq_tool_take_write_failure(failure);
-    };
     { Key(Key::GENERAL, nullptr, nullptr).set_value("Before", "1"); }
     const QByteArray before = profile_bytes();
     stopped_lock_holder holder(profile_file());
     ASSERT_TRUE(holder.stopped());
     cfgq_write_failure failure;
-    ASSERT_TRUE(write_fails("During", &failure));
+    ASSERT_TRUE(view_write_fails("During", &failure, by_event_loop));
     EXPECT_EQ(failure.lock_pid, holder.pid());
     EXPECT_TRUE(failure.reason.contains("stopped")) << failure.reason.toStdString();
     EXPECT_EQ(profile_bytes(), before);
@@ -257,7 +248,7 @@ TEST_F(FileOwnerTest, StoppedLockHolderGivesABoundedVisibleFailure) {
     EXPECT_FALSE(Key(Key::GENERAL, nullptr, nullptr).get_value("During", &during));
     holder.end();
     // The dead holder's lock is taken over at once.
-    EXPECT_FALSE(write_fails("After", &failure)) << failure.reason.toStdString();
+    EXPECT_FALSE(view_write_fails("After", &failure, by_event_loop)) << failure.reason.toStdString();
     EXPECT_EQ(raw_value("25.1_pro/General/After").toString(), "1");
     EXPECT_FALSE(QFileInfo::exists(profile_file() + ".lock"));
   }
