@@ -3,8 +3,13 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 
 #include <QString>
+
+#ifndef _WIN32
+#include <unistd.h>
+#endif
 
 namespace cfgq_platform {
 
@@ -126,5 +131,24 @@ qint64 free_bytes(const QString& path);
 
 // The text of the last system error of this thread ("No space left on device").
 QString last_error_text();
+
+#ifndef _WIN32
+// Owns a file descriptor and closes it on every path.
+class owned_fd {
+ public:
+  explicit owned_fd(int fd = -1) : m_fd(fd) {}
+  ~owned_fd() {
+    if (m_fd >= 0) ::close(m_fd);
+  }
+  owned_fd(const owned_fd&) = delete;
+  owned_fd& operator=(const owned_fd&) = delete;
+  int get() const { return m_fd; }
+  // Closes now, for the close's own result.
+  int close() { return ::close(std::exchange(m_fd, -1)); }
+
+ private:
+  int m_fd;
+};
+#endif
 
 }  // namespace cfgq_platform

@@ -25,23 +25,6 @@ namespace cfgq_platform {
 
 namespace {
 
-// Owns a file descriptor and closes it on every path.
-class owned_fd {
- public:
-  explicit owned_fd(int fd) : m_fd(fd) {}
-  ~owned_fd() {
-    if (m_fd >= 0) ::close(m_fd);
-  }
-  owned_fd(const owned_fd&) = delete;
-  owned_fd& operator=(const owned_fd&) = delete;
-  int get() const { return m_fd; }
-  // Closes now, for the close's own result.
-  int close() { return ::close(std::exchange(m_fd, -1)); }
-
- private:
-  int m_fd;
-};
-
 constexpr mode_t owner_only = S_IRUSR | S_IWUSR;
 
 file_state from_stat(const struct stat& st) {

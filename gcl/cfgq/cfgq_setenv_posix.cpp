@@ -67,23 +67,6 @@ QString home_directory() {
   return QFile::decodeName(found->pw_dir);
 }
 
-// An open file descriptor, closed on every path.
-class fd_holder {
- public:
-  explicit fd_holder(int fd = -1) : m_fd(fd) {}
-  ~fd_holder() {
-    if (m_fd >= 0) ::close(m_fd);
-  }
-  fd_holder(const fd_holder&) = delete;
-  fd_holder& operator=(const fd_holder&) = delete;
-  int get() const { return m_fd; }
-  // Closes now, for the close's own result.
-  int close() { return ::close(std::exchange(m_fd, -1)); }
-
- private:
-  int m_fd;
-};
-
 // Where a write of `location` goes: the path itself, or the regular file a link points to.
 // Empty, with *why, when it must not be written.
 QByteArray write_target(const QString& location, QString* why) {
@@ -119,7 +102,7 @@ write_result replace_file(const QByteArray& target, const QByteArray& bytes) {
 std::optional<QByteArray> read_store(const QString& location, int* error) {
   QFile file(location);
   if (!file.exists()) return QByteArray();
-  fd_holder fd(open(native(location).constData(), O_RDONLY | O_CLOEXEC));
+  cfgq_platform::owned_fd fd(open(native(location).constData(), O_RDONLY | O_CLOEXEC));
   if (fd.get() < 0) {
     *error = errno;
     return std::nullopt;
