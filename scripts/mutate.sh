@@ -114,9 +114,11 @@ mutant $k "main key: a given suffix is appended only when already there" \
 mutant $k "main key: 64-bit part misspelt" \
   'name += QLatin1String("_64-Bit");' \
   'name += QLatin1String("_64-bit");'
+
+k=gcl/cfgq/cfgq_file_private_dir.cpp
 mutant $k "a live writer's staged file is removed" \
-  'if (number && pid != cfgq_platform::this_process() && cfgq_platform::process_is_gone(pid)) {' \
-  'if (number && pid != cfgq_platform::this_process()) {'
+  'switch (platform::holding_of(owner)) {' \
+  'switch (platform::holding::free) {'
 
 k=gcl/cfgq/cfgq_registry.cpp
 mutant $k "migration copies only from the running version" \

@@ -20,10 +20,8 @@ trap '[ -n "${SOAK_KEEP:-}" ] || rm -rf "$work"' EXIT
 export HOME=$work KORVEL_VERSION=25.1
 unset KORVEL_REGTEST QT_QPA_PLATFORM PBUILD_BUILD KORVEL_DEBUG
 
-temporaries() {  # killed writers' temporaries beside the settings file: staged writes and Qt's
-  local letter='[A-Za-z0-9]'
-  find "$work" -maxdepth 1 \( -name 'korvel2.kreg.cfgq-new.*' -o \
-    -regex ".*/korvel2\\.kreg\\.$letter$letter$letter$letter$letter$letter" \) | wc -l
+temporaries() {  # killed writers' staged writes: their private directories beside the file
+  find "$work/.korvel2.kreg.cfgq" -mindepth 1 -maxdepth 1 2>/dev/null | wc -l
 }
 strays() {  # those and lock files
   echo $(($(temporaries) + $(find "$work" -maxdepth 1 -name 'korvel2.kreg.lock*' | wc -l)))
@@ -51,10 +49,10 @@ for ((k = 1; k <= kills; k++)); do
     exit 1
   fi
   checked=$(awk '{print $2}' <<<"$out")
-  # A lock emptied by a kill right after its creation may stand until it is a second old.
-  if [ "$(temporaries)" -gt 0 ] || [ "$(strays)" -gt 1 ]; then
+  # The next write removes a killed writer's leftovers: at most one kill's stand at once.
+  if [ "$(temporaries)" -gt 1 ] || [ "$(strays)" -gt 2 ]; then
     echo "soak: kill $k: temporaries pile up:" >&2
-    ls -la "$work" >&2
+    ls -laR "$work" >&2
     exit 1
   fi
 done

@@ -13,6 +13,7 @@
 #include <QFileInfo>
 #include <QLockFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QStringList>
 #include <gtest/gtest.h>
@@ -185,11 +186,13 @@ TEST_F(FileOwnerTest, OversizedFileIsSetAsideOnceByConcurrentStarts) {
     }
     for (auto& process : starts) EXPECT_TRUE(process->waitForFinished(120'000));
     EXPECT_EQ(read_bytes(profile_file() + ".large"), big);
-    EXPECT_TRUE(QFileInfo::exists(profile_file()));
-    struct stat st {};
-    ASSERT_EQ(::stat(QFile::encodeName(profile_file()).constData(), &st), 0);
-    EXPECT_EQ(st.st_mode & 0777, 0640u) << "the new file keeps the old one's mode";
+    EXPECT_FALSE(QFileInfo::exists(profile_file())) << "a set-aside leaves no file in its place";
   }
+  // The next write makes the file, with the mode the set-aside file had.
+  EXPECT_EQ(cfgq({"set", "General", "K", "v"}).status, 0);
+  struct stat st {};
+  ASSERT_EQ(::stat(QFile::encodeName(profile_file()).constData(), &st), 0);
+  EXPECT_EQ(st.st_mode & 0777, 0640u);
 }
 
 // A process that takes the settings file's lock and stops (SIGSTOP) holding it, as a writer
@@ -309,30 +312,52 @@ TEST_F(FileOwnerTest, PersonsFilesBesideTheSettingsFileStay) {
   }
 }
 
-// What a killed process left in the temporary directory goes with the next process; what a
-// live process or another program has there stays.
-TEST_F(FileOwnerTest, DeadProcessesTemporariesAreRemovedOthersStay) {
+// What a killed process left goes with the next process that finds the locks of its files free,
+// wherever it ran (another host or PID namespace names process ids that mean nothing here);
+// what a live process has stays, and so does anything that only looks like a leftover.
+TEST_F(FileOwnerTest, KilledProcessesLeftoversGoLookAlikesStay) {
   QTemporaryDir temp;
-  const pid_t gone = ::fork();
-  if (gone == 0) ::_exit(0);
-  ::waitpid(gone, nullptr, 0);
-  const QString dead_file = temp.filePath(QStringLiteral("CFGQ.%1.AbC123").arg(gone));
-  const QString dead_dir = temp.filePath(QStringLiteral("cfgq.%1.AbC123").arg(gone));
-  const QString live_file = temp.filePath(QStringLiteral("CFGQ.%1.AbC123").arg(::getpid()));
-  const QString foreign = temp.filePath(QStringLiteral("CFGQ1234AbC123"));
-  const QString dead_keep = profile_file() + QStringLiteral(".cfgq-new.%1").arg(gone);
-  for (const QString& file : {dead_file, live_file, foreign, dead_keep}) write_file(file, "x");
-  ASSERT_TRUE(QDir().mkpath(dead_dir));
-  ASSERT_TRUE(QFile::link(home(), dead_dir + "/f1.1"));
-  cfgq({"get", "General", "Nothing"}, {"TMPDIR=" + temp.path()});
-  EXPECT_FALSE(QFileInfo::exists(dead_file));
-  EXPECT_FALSE(QFileInfo::exists(dead_dir));
-  EXPECT_FALSE(QFileInfo::exists(dead_keep));
-  EXPECT_TRUE(QFileInfo::exists(home()));
-  EXPECT_TRUE(QFileInfo::exists(live_file));
-  EXPECT_TRUE(QFileInfo::exists(foreign));
-  // And the run itself leaves nothing behind.
-  EXPECT_EQ(QDir(temp.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(), 2);
+  QTemporaryDir runtime;
+  const QStringList env = {"TMPDIR=" + temp.path(), "XDG_RUNTIME_DIR=" + runtime.path()};
+  const auto entries = [](const QString& dir) {
+    return QDir(dir).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+  };
+  // Two writers, each with its private directory and temporary file; one is killed.
+  std::unique_ptr<QProcess> watchers[2];
+  for (auto& watcher : watchers) {
+    const QStringList before = entries(runtime.path());
+    watcher = std::make_unique<QProcess>();
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const QString& item : env) environment.insert(item.section('=', 0, 0), item.section('=', 1));
+    watcher->setProcessEnvironment(environment);
+    watcher->start(QStringLiteral(CFGQ_SETTINGS_WRITER),
+                   {"loop", QStringLiteral("W%1").arg(&watcher - watchers), temp.filePath("log")});
+    for (int i = 0; i < 500 && entries(runtime.path()).size() == before.size(); ++i) ::usleep(10'000);
+  }
+  ASSERT_EQ(entries(runtime.path()).size(), 2);
+  ASSERT_EQ(entries(temp.path()).filter("CFGQ.").size(), 2);
+  ::kill(static_cast<pid_t>(watchers[0]->processId()), SIGKILL);
+  watchers[0]->waitForFinished();
+  // A killed writer's staged write beside the settings file, and look-alikes of a person's.
+  const QString beside = QDir(home()).filePath(".korvel2.kreg.cfgq/cfgq.Ab12Cd");
+  ASSERT_TRUE(QDir().mkpath(beside));
+  write_file(beside + "/owner", "");
+  write_file(beside + "/stage", "half a file");
+  const QStringList look_alikes = {temp.filePath("CFGQ.99999.AbC123"),
+                                   temp.filePath("cfgq.AbC123/mine"),
+                                   profile_file() + ".cfgq-new.99999x"};
+  for (const QString& file : look_alikes) {
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(file).path()));
+    write_file(file, "x");
+  }
+  EXPECT_EQ(cfgq({"set", "General", "K", "v"}, env).status, 0);
+  EXPECT_EQ(entries(runtime.path()).size(), 1) << "the live writer's directory only";
+  EXPECT_EQ(entries(temp.path()).filter(QRegularExpression("^CFGQ\\.[0-9]+\\.[A-Za-z0-9]{6}$")).size(), 2)
+      << "the live writer's temporary file and the look-alike";
+  EXPECT_FALSE(QFileInfo::exists(beside));
+  for (const QString& file : look_alikes) EXPECT_TRUE(QFileInfo::exists(file)) << file.toStdString();
+  watchers[1]->kill();
+  watchers[1]->waitForFinished();
 }
 
 // A write stopped by a full disk at any offset of the new file leaves the old bytes or the

@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include "cfgq.h"
+#include "cfgq_file_private_dir.h"
 #include "cfgq_setenv.h"
 #include "cfgq_tool.h"
 #include "test_support.h"
@@ -183,21 +184,27 @@ TEST_F(SetenvTest, RefusedWriteStillReportsDoneAndTellsTheDebugChannel) {
   EXPECT_EQ(failure.path, location(store::user));
 }
 
-// A writer killed mid-write leaves its staged file beside the store: the next write removes it
-// once its process is gone, and leaves a live writer's and the person's own files alone.
+// A writer killed mid-write leaves its staged file in a private directory beside the store: the
+// next write removes it once nobody holds its owner file, and leaves a live writer's and the
+// person's own files alone, whatever their names.
 TEST_F(SetenvTest, NextWriteRemovesOnlyDeadWritersLeftovers) {
-  const pid_t gone = ::fork();
-  if (gone == 0) ::_exit(0);
-  ::waitpid(gone, nullptr, 0);
   const QString store_file = location(store::user);
-  const QString dead = store_file + QStringLiteral(".cfgq-new.%1.AbCdEf").arg(gone);
-  const QStringList kept = {store_file + QStringLiteral(".cfgq-new.%1.AbCdEf").arg(::getppid()),
-                            store_file + ".bak", store_file + ".AbCdEf"};
-  for (const QString& file : kept + QStringList{dead}) cfgq_test::write_file(file, "x");
+  const QString parent = cfgq_beside_parent(store_file);
+  QString why;
+  const auto live = cfgq_private_dir::make(parent, {}, &why);
+  ASSERT_TRUE(live) << why.toStdString();
+  const QString dead = parent + "/cfgq.AbCdEf";
+  ASSERT_TRUE(QDir().mkpath(dead));
+  for (const QString& file : {dead + "/owner", dead + "/new.XyZ123", live->file("new.XyZ123")}) {
+    cfgq_test::write_file(file, "x");
+  }
+  const QStringList kept = {store_file + ".cfgq-new.99999.AbCdEf", store_file + ".bak",
+                            store_file + ".AbCdEf"};
+  for (const QString& file : kept) cfgq_test::write_file(file, "x");
   ASSERT_EQ(cfgq_env::store_write(store_file, "A", "1").outcome, write_outcome::written);
   EXPECT_FALSE(QFile::exists(dead));
+  EXPECT_TRUE(QFile::exists(live->file("new.XyZ123")));
   for (const QString& file : kept) EXPECT_TRUE(QFile::exists(file)) << file.toStdString();
-  EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files).size(), kept.size() + 1);
 }
 
 TEST_F(SetenvTest, UserFileFollowsXdgConfigHome) {

@@ -50,14 +50,23 @@ file_state state_of(const QByteArray& native, bool follow_links);
 // not exist. `path` itself when it is no link, or when the links go round.
 QString final_target(const QString& path);
 
-// Gives the file at `path` a modification time later than `after_ms` (and than now's), so that
-// anything comparing modification times sees it changed. False with errno-style reason in *why.
-bool touch_later(const QString& path, qint64 after_ms, QString* why);
+// Gives the file at `path` a modification time that differs from `known_ms` as the file system
+// stores it (whole seconds on some), later than now's where it can: anything comparing
+// modification times then sees it changed. False with errno-style reason in *why.
+bool touch_distinct(const QString& path, qint64 known_ms, QString* why);
 
 // Makes an empty regular file at `path` that nobody else can read or write, exclusively (never
 // through a link). With a `like` state of an existing file, takes its permission bits and, when
-// the process may, its owner and group. False (reason in *why) when no file could be made.
+// the process may, its owner and group; without one, a file made by root in a directory of
+// another user goes to that user (see adopt_owner). False (reason in *why) when no file could be
+// made.
 bool make_private_file(const QString& path, const file_state* like, QString* why);
+
+// Root acting in another user's directory (sudo -E in a home): gives `path`, just made by this
+// process, the owner and group of `directory` (by default the one it stands in). Nothing for
+// other users, nothing for a directory of root's.
+void adopt_owner(const QString& path, const QString& directory);
+void adopt_owner(const QString& path);
 
 // Gives the file at `path` the owner, group and permission bits of `like` where they differ and
 // the process may change them (a write by another user, such as root, replaced the file).
@@ -74,6 +83,10 @@ bool hard_link(const QString& from, const QString& to, QString* why);
 // was left as it was.
 bool replace_file(const QString& path, const QString& temp_stem, const QByteArray& bytes,
                   QString* why);
+
+// Makes the missing directories of `directory`, each the user's alone (the owner's of the
+// directory above, for root in another user's directory). False (reason in *why) on failure.
+bool make_directories(const QString& directory, QString* why);
 
 // Renames `from` to `to`, replacing `to`. False (reason in *why) on failure.
 bool rename_over(const QString& from, const QString& to, QString* why);
@@ -94,13 +107,16 @@ bool make_link(const QString& target, const QString& link);
 void own_private_file(const QString& path);
 
 // A settings file's lock among processes, "<file>.lock", in the form every writer of the file
-// reads: the holder's process id, program, host (then machine and boot ids), a line each. It is
-// made exclusively and held locked by the system while it stands, so that only a lock whose
-// holder is provably gone is ever removed: one naming a process of this machine that no longer
-// runs, or an empty one older than a second (its writer was killed while making it).
+// reads: the holder's process id, program and host (then machine and boot ids), a line each.
+// It is made exclusively and held locked by the system (flock, which Linux NFS clients forward
+// to the server) while it stands. Whether its holder still runs is told by that system lock
+// alone, never by the process id or host it names (a process of another host or PID namespace
+// says nothing here): a lock file whose system lock can be taken is stale and is taken over at
+// once; one naming another host also has to be older than `foreign_stale_ms`, since a mount
+// whose locks stay on the client proves nothing about other hosts.
 class lock_file {
  public:
-  explicit lock_file(const QString& path);
+  lock_file(const QString& path, qint64 foreign_stale_ms);
   ~lock_file();  // gives the lock back
   lock_file(const lock_file&) = delete;
   lock_file& operator=(const lock_file&) = delete;
@@ -108,21 +124,55 @@ class lock_file {
   enum class attempt { taken, held, failed };
   // One try, without waiting: the lock is taken, or held by another, or can't be made (*why).
   attempt try_take(QString* why);
-  // Who holds the lock, as its file says; false when that can't be read.
-  bool holder(qint64* pid, QString* program) const;
 
  private:
   struct state;
   QString m_path;
+  qint64 m_foreign_stale_ms;
   std::unique_ptr<state> m_state;
 };
+
+// Who a lock file says holds it. Only for reports: it proves nothing about liveness.
+struct lock_holder {
+  qint64 pid = 0;
+  QString program;
+  QString host;
+  bool this_host = false;
+};
+// Reads the lock file at `path`; false when it holds no holder.
+bool read_lock_holder(const QString& path, lock_holder* holder);
+// True when the system lock of the lock file at `path` is held by some process.
+bool lock_is_held(const QString& path);
+
+// A marker file that a process keeps locked (flock) while it runs, so that any process on any
+// host can tell whether what it marks still has a live owner.
+class held_file {
+ public:
+  held_file();
+  ~held_file();  // unlocks and closes; the file stays
+  held_file(const held_file&) = delete;
+  held_file& operator=(const held_file&) = delete;
+  // Makes `path` exclusively, locks it and writes `text`. False (reason in *why) when it can't:
+  // a full file system fails here.
+  bool make(const QString& path, const QByteArray& text, QString* why);
+  bool made() const;
+
+ private:
+  struct state;
+  std::unique_ptr<state> m_state;
+};
+enum class holding { missing, free, held };
+// Whether the marker file at `path` has a live owner. A file that can't be opened counts as held.
+holding holding_of(const QString& path);
+
+// True when the file system holding `path` keeps its locks on this host only (an NFS mount with
+// local_lock= or nolock): its free system locks say nothing about other hosts.
+bool locks_stay_local(const QString& path);
 
 // This process's user.
 qint64 this_user();
 // This process's id.
 qint64 this_process();
-// True when no process `pid` runs (on this machine, in this process's view of them).
-bool process_is_gone(qint64 pid);
 // True when process `pid` runs but is stopped (it holds what it holds until continued).
 bool process_is_stopped(qint64 pid);
 
@@ -142,7 +192,17 @@ class owned_fd {
   }
   owned_fd(const owned_fd&) = delete;
   owned_fd& operator=(const owned_fd&) = delete;
+  owned_fd(owned_fd&& other) noexcept : m_fd(other.release()) {}
+  owned_fd& operator=(owned_fd&& other) noexcept {
+    if (this != &other) {
+      if (m_fd >= 0) ::close(m_fd);
+      m_fd = other.release();
+    }
+    return *this;
+  }
   int get() const { return m_fd; }
+  // Hands the descriptor over; this one then owns none.
+  int release() { return std::exchange(m_fd, -1); }
   // Closes now, for the close's own result.
   int close() { return ::close(std::exchange(m_fd, -1)); }
 

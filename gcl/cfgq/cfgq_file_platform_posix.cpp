@@ -62,6 +62,7 @@ class temp_file {
   temp_file(const temp_file&) = delete;
   temp_file& operator=(const temp_file&) = delete;
   int fd() const { return m_fd.get(); }
+  const QByteArray& path() const { return m_path; }
   int close() { return m_fd.close(); }
   int rename_to(const QByteArray& target) {
     const int result = ::rename(m_path.constData(), target.constData());
@@ -97,11 +98,20 @@ int make_directories(const QByteArray& directory) {
     if (const int error = make_directories(directory.left(slash))) return error;
   }
   if (mkdir(directory.constData(), 0700) != 0) return errno == EEXIST ? 0 : errno;
+  adopt_owner(QFile::decodeName(directory));
   // The umask may have taken bits away that the owner needs.
   return chmod(directory.constData(), 0700) == 0 ? 0 : errno;
 }
 
 }  // namespace
+
+bool make_directories(const QString& directory, QString* why) {
+  if (const int error = make_directories(QFile::encodeName(directory))) {
+    if (why != nullptr) *why = QStringLiteral("can't create %1: %2").arg(directory, error_text(error));
+    return false;
+  }
+  return true;
+}
 
 bool replace_file(const QString& path, const QString& temp_stem, const QByteArray& bytes,
                   QString* why) {
@@ -132,6 +142,7 @@ bool replace_file(const QString& path, const QString& temp_stem, const QByteArra
   if (fchmod(temp.fd(), existed ? old.st_mode & 07777 : owner_only) != 0) {
     return failed(error_text(errno));
   }
+  if (!existed) adopt_owner(QFile::decodeName(temp.path()));
   if (const int error = write_all(temp.fd(), bytes)) return failed(error_text(error));
   if (fsync(temp.fd()) != 0 || temp.close() != 0) return failed(error_text(errno));
   if (temp.rename_to(target) != 0) return failed(error_text(errno));
@@ -167,18 +178,35 @@ QString final_target(const QString& path) {
   return path;
 }
 
-bool touch_later(const QString& path, qint64 after_ms, QString* why) {
+bool touch_distinct(const QString& path, qint64 known_ms, QString* why) {
+  const QByteArray native = QFile::encodeName(path);
   struct timespec now {};
   ::clock_gettime(CLOCK_REALTIME, &now);
   qint64 new_ms = qint64{now.tv_sec} * 1'000 + now.tv_nsec / 1'000'000;
-  if (new_ms <= after_ms) new_ms = after_ms + 1;
-  const struct timespec times[2] = {
-      {0, UTIME_OMIT},
-      {static_cast<time_t>(new_ms / 1'000), static_cast<long>(new_ms % 1'000) * 1'000'000}};
-  if (::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0) == 0) return true;
-  set_why(why, errno);
+  // Where the file system keeps whole seconds, the next whole second after the known stamp.
+  for (const qint64 candidate : {std::max(new_ms, known_ms + 1),
+                                 std::max(new_ms, (known_ms / 1'000 + 1) * 1'000)}) {
+    const struct timespec times[2] = {
+        {0, UTIME_OMIT},
+        {static_cast<time_t>(candidate / 1'000), static_cast<long>(candidate % 1'000) * 1'000'000}};
+    if (::utimensat(AT_FDCWD, native.constData(), times, 0) != 0) {
+      set_why(why, errno);
+      return false;
+    }
+    if (state_of(native, true).modified_ms != known_ms) return true;
+  }
+  set_why(why, EINVAL);
   return false;
 }
+
+void adopt_owner(const QString& path, const QString& directory) {
+  if (::geteuid() != 0) return;
+  struct stat dir {};
+  if (::stat(QFile::encodeName(directory).constData(), &dir) != 0 || dir.st_uid == 0) return;
+  ::lchown(QFile::encodeName(path).constData(), dir.st_uid, dir.st_gid);
+}
+
+void adopt_owner(const QString& path) { adopt_owner(path, QFileInfo(path).absolutePath()); }
 
 bool make_private_file(const QString& path, const file_state* like, QString* why) {
   const owned_fd fd(::open(QFile::encodeName(path).constData(),
@@ -196,6 +224,7 @@ bool make_private_file(const QString& path, const file_state* like, QString* why
     }
   }
   ::fchmod(fd.get(), mode);
+  if (like == nullptr || !like->exists) adopt_owner(path);
   return true;
 }
 
@@ -279,8 +308,6 @@ void own_private_file(const QString& path) {
 
 namespace {
 
-constexpr qint64 dead_empty_lock_age_ms = 1'000;
-
 // The program's name as the lock's readers compare it: the name of /proc/<pid>/exe.
 QByteArray program_name() {
   std::vector<char> buffer(4096);
@@ -290,133 +317,195 @@ QByteArray program_name() {
   return path.mid(path.lastIndexOf('/') + 1);
 }
 
-struct lock_info {
-  qint64 pid = 0;
-  QByteArray program;
-  QByteArray host;
-  QByteArray boot;
-};
-
-bool parse_lock(const QByteArray& bytes, lock_info* info) {
-  const QList<QByteArray> lines = bytes.split('\n');
-  if (lines.size() < 3) return false;
-  bool number = false;
-  info->pid = lines[0].toLongLong(&number);
-  if (!number || info->pid <= 0) return false;
-  info->program = lines[1];
-  info->host = lines[2];
-  if (lines.size() > 4) info->boot = lines[4];
-  return true;
-}
-
 QByteArray read_small(int fd) {
   char buffer[4096];
   const ssize_t got = ::pread(fd, buffer, sizeof buffer, 0);
   return got > 0 ? QByteArray(buffer, static_cast<int>(got)) : QByteArray();
 }
 
-// Removes the lock at `path` when its holder is provably gone; true when it is gone (so that
-// the caller may try again).
-bool remove_if_dead(const QByteArray& path) {
-  const owned_fd fd(::open(path.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+// The lock file's text: process id, program, host, one a line; false when it holds no holder.
+bool parse_lock(const QByteArray& bytes, lock_holder* holder) {
+  const QList<QByteArray> lines = bytes.split('\n');
+  if (lines.size() < 3) return false;
+  bool number = false;
+  holder->pid = lines[0].toLongLong(&number);
+  if (!number || holder->pid <= 0) return false;
+  holder->program = QString::fromUtf8(lines[1]);
+  holder->host = QString::fromUtf8(lines[2]);
+  holder->this_host = lines[2] == QSysInfo::machineHostName().toUtf8();
+  return true;
+}
+
+// Opens a lock or marker file for taking its system lock: for writing where the process may (an
+// NFS client forwards only a writer's exclusive lock), else for reading. Never through a link,
+// never waiting on a pipe.
+int open_for_locking(const QByteArray& path) {
+  const int fd = ::open(path.constData(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  if (fd >= 0 || errno != EACCES) return fd;
+  return ::open(path.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+}
+
+// True when `path` still names the file open as `fd`.
+bool still_named(int fd, const QByteArray& path) {
+  struct stat open_file {};
+  struct stat named {};
+  return ::fstat(fd, &open_file) == 0 && ::lstat(path.constData(), &named) == 0 &&
+         open_file.st_dev == named.st_dev && open_file.st_ino == named.st_ino;
+}
+
+// Makes `path` exclusively and takes its system lock before anything else can: a file that a
+// sweeper removed between the two is given up. -1 with errno when it can't be made; -2 when it
+// was lost to another process.
+int make_locked(const QByteArray& path) {
+  owned_fd fd(::open(path.constData(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                     owner_only));
+  if (fd.get() < 0) return -1;
+  if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0 || !still_named(fd.get(), path)) return -2;
+  return fd.release();
+}
+
+// Removes the lock at `path` when its system lock is free (and, for a lock naming another
+// host, it is older than `foreign_stale_ms`); true when it is gone, so that the caller may try
+// again.
+bool remove_if_stale(const QByteArray& path, qint64 foreign_stale_ms) {
+  const owned_fd fd(open_for_locking(path));
   if (fd.get() < 0) return errno == ENOENT;
   struct stat st {};
   if (::fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode)) return false;
-  bool dead = false;
-  if (st.st_size == 0) {
+  if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) return false;
+  lock_holder holder;
+  if (parse_lock(read_small(fd.get()), &holder) && !holder.this_host) {
     struct timespec now {};
     ::clock_gettime(CLOCK_REALTIME, &now);
     const qint64 age_ms = (qint64{now.tv_sec} - st.st_mtim.tv_sec) * 1'000 +
                           (now.tv_nsec - st.st_mtim.tv_nsec) / 1'000'000;
-    dead = age_ms >= dead_empty_lock_age_ms;
-  } else {
-    lock_info info;
-    dead = parse_lock(read_small(fd.get()), &info) &&
-           info.host == QSysInfo::machineHostName().toUtf8() &&
-           (info.boot.isEmpty() || info.boot == QSysInfo::bootUniqueId()) &&
-           process_is_gone(info.pid);
-    // After a restart no process of the lock's boot runs any more.
-    if (!dead && !info.boot.isEmpty() && info.host == QSysInfo::machineHostName().toUtf8() &&
-        info.boot != QSysInfo::bootUniqueId()) {
-      dead = true;
-    }
+    if (age_ms < foreign_stale_ms) return false;
   }
-  // A live writer keeps its lock file locked from the moment it makes it.
-  if (!dead || ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) return false;
-  struct stat now {};
-  if (::lstat(path.constData(), &now) != 0) return errno == ENOENT;
-  if (now.st_ino != st.st_ino || now.st_dev != st.st_dev) return true;
+  // Still the file locked: another process may have taken over and made a new one meanwhile.
+  if (!still_named(fd.get(), path)) return errno == ENOENT;
   return ::unlink(path.constData()) == 0 || errno == ENOENT;
 }
 
 }  // namespace
 
 struct lock_file::state {
-  int fd = -1;
+  owned_fd fd;
 };
 
-lock_file::lock_file(const QString& path) : m_path(path), m_state(std::make_unique<state>()) {}
+lock_file::lock_file(const QString& path, qint64 foreign_stale_ms)
+    : m_path(path), m_foreign_stale_ms(foreign_stale_ms), m_state(std::make_unique<state>()) {}
 
 lock_file::~lock_file() {
-  if (m_state->fd < 0) return;
-  // Removed while still locked, so that no other process can take it for a dead writer's.
+  if (m_state->fd.get() < 0) return;
+  // Removed while still locked, so that no other process takes it over in between.
   ::unlink(QFile::encodeName(m_path).constData());
-  ::close(m_state->fd);
 }
 
 lock_file::attempt lock_file::try_take(QString* why) {
-  if (m_state->fd >= 0) return attempt::taken;
+  if (m_state->fd.get() >= 0) return attempt::taken;
   const QByteArray native = QFile::encodeName(m_path);
   for (int round = 0; round < 2; ++round) {
-    const int fd =
-        ::open(native.constData(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, owner_only);
-    if (fd >= 0) {
-      ::flock(fd, LOCK_EX | LOCK_NB);
+    const int made = make_locked(native);
+    if (made >= 0) {
+      owned_fd fd(made);
       const QByteArray text = QByteArray::number(this_process()) + '\n' + program_name() + '\n' +
                               QSysInfo::machineHostName().toUtf8() + '\n' +
                               QSysInfo::machineUniqueId() + '\n' + QSysInfo::bootUniqueId() + '\n';
-      qsizetype done = 0;
-      while (done < text.size()) {
-        const ssize_t wrote = ::write(fd, text.constData() + done, text.size() - done);
-        if (wrote <= 0) break;
-        done += wrote;
-      }
-      if (done != text.size()) {
-        set_why(why, errno == 0 ? ENOSPC : errno);
+      if (const int error = [&] {
+            qsizetype done = 0;
+            while (done < text.size()) {
+              const ssize_t wrote = ::write(fd.get(), text.constData() + done, text.size() - done);
+              if (wrote < 0 && errno == EINTR) continue;
+              if (wrote <= 0) return wrote < 0 ? errno : ENOSPC;
+              done += wrote;
+            }
+            return 0;
+          }()) {
+        set_why(why, error);
         ::unlink(native.constData());
-        ::close(fd);
         return attempt::failed;
       }
-      m_state->fd = fd;
+      m_state->fd = std::move(fd);
       return attempt::taken;
     }
-    if (errno != EEXIST) {
+    if (made == -1 && errno != EEXIST) {
       set_why(why, errno);
       return attempt::failed;
     }
-    if (!remove_if_dead(native)) return attempt::held;
+    if (made == -1 && !remove_if_stale(native, m_foreign_stale_ms)) return attempt::held;
   }
   return attempt::held;
 }
 
-bool lock_file::holder(qint64* pid, QString* program) const {
-  const owned_fd fd(::open(QFile::encodeName(m_path).constData(),
+bool read_lock_holder(const QString& path, lock_holder* holder) {
+  const owned_fd fd(::open(QFile::encodeName(path).constData(),
                            O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  lock_info info;
-  if (fd.get() < 0 || !parse_lock(read_small(fd.get()), &info)) return false;
-  *pid = info.pid;
-  *program = QString::fromUtf8(info.program);
+  return fd.get() >= 0 && parse_lock(read_small(fd.get()), holder);
+}
+
+bool lock_is_held(const QString& path) { return holding_of(path) == holding::held; }
+
+struct held_file::state {
+  owned_fd fd;
+};
+
+held_file::held_file() = default;
+held_file::~held_file() = default;
+
+bool held_file::make(const QString& path, const QByteArray& text, QString* why) {
+  const QByteArray native = QFile::encodeName(path);
+  const int made = make_locked(native);
+  if (made < 0) {
+    set_why(why, made == -1 ? errno : EAGAIN);
+    return false;
+  }
+  owned_fd fd(made);
+  if (const int error = write_all(fd.get(), text)) {
+    set_why(why, error);
+    ::unlink(native.constData());
+    return false;
+  }
+  adopt_owner(path);
+  m_state = std::make_unique<state>();
+  m_state->fd = std::move(fd);
   return true;
+}
+
+bool held_file::made() const { return m_state != nullptr; }
+
+holding holding_of(const QString& path) {
+  const owned_fd fd(open_for_locking(QFile::encodeName(path)));
+  if (fd.get() < 0) return errno == ENOENT ? holding::missing : holding::held;
+  return ::flock(fd.get(), LOCK_EX | LOCK_NB) == 0 ? holding::free : holding::held;
+}
+
+bool locks_stay_local(const QString& path) {
+  // The mount holding the path: the longest mount point that is a prefix of its directory.
+  const QString dir = QFileInfo(path).absolutePath();
+  QFile mounts(QStringLiteral("/proc/self/mounts"));
+  if (!mounts.open(QIODevice::ReadOnly)) return false;
+  qsizetype best = -1;
+  bool local = false;
+  for (const QByteArray& line : mounts.readAll().split('\n')) {
+    const QList<QByteArray> fields = line.split(' ');
+    if (fields.size() < 4) continue;
+    // Blanks in a mount point are written as \040.
+    const QString point = QFile::decodeName(QByteArray(fields[1]).replace("\\040", " "));
+    const bool under = dir == point || point == QLatin1String("/") ||
+                       dir.startsWith(point + QLatin1Char('/'));
+    if (!under || point.size() <= best) continue;
+    best = point.size();
+    const QByteArray options = ',' + fields[3] + ',';
+    local = fields[2].startsWith("nfs") &&
+            (options.contains(",nolock,") || options.contains(",local_lock=flock,") ||
+             options.contains(",local_lock=all,"));
+  }
+  return local;
 }
 
 qint64 this_user() { return ::geteuid(); }
 
 qint64 this_process() { return ::getpid(); }
-
-bool process_is_gone(qint64 pid) {
-  if (pid <= 0) return false;
-  return ::kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH;
-}
 
 bool process_is_stopped(qint64 pid) {
   QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));

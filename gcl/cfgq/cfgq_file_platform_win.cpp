@@ -12,6 +12,7 @@
 #include <QLockFile>
 #include <QTemporaryFile>
 #include <QRandomGenerator>
+#include <QSysInfo>
 
 namespace cfgq_platform {
 
@@ -114,7 +115,7 @@ QString final_target(const QString& path) {
   return QDir::fromNativeSeparators(result);
 }
 
-bool touch_later(const QString& path, qint64 after_ms, QString* why) {
+bool touch_distinct(const QString& path, qint64 after_ms, QString* why) {
   const owned_handle file(::CreateFileW(native(path).c_str(), FILE_WRITE_ATTRIBUTES,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                         nullptr, OPEN_EXISTING, 0, nullptr));
@@ -128,6 +129,20 @@ bool touch_later(const QString& path, qint64 after_ms, QString* why) {
   if (new_ms <= after_ms) new_ms = after_ms + 1;
   const FILETIME written = from_ms(new_ms);
   if (::SetFileTime(file.get(), nullptr, nullptr, &written)) return true;
+  set_why(why);
+  return false;
+}
+
+void adopt_owner(const QString& path, const QString& directory) {
+  // A file made in the profile inherits the profile's access list: nothing to hand over.
+  (void)path;
+  (void)directory;
+}
+
+void adopt_owner(const QString& path) { (void)path; }
+
+bool make_directories(const QString& directory, QString* why) {
+  if (QDir().mkpath(directory)) return true;
   set_why(why);
   return false;
 }
@@ -210,13 +225,35 @@ void own_private_file(const QString& path) {
   if (!state.exists || state.link) make_private_file(path, nullptr, nullptr);
 }
 
+namespace {
+
+// Opens `path` for its system lock: a byte-range lock on its first byte, which the system gives
+// back when the process ends however it ends.
+HANDLE open_locked(const QString& path, DWORD disposition) {
+  HANDLE handle = ::CreateFileW(native(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) return handle;
+  OVERLAPPED at = {};
+  if (!::LockFileEx(handle, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &at)) {
+    ::CloseHandle(handle);
+    ::SetLastError(ERROR_LOCK_VIOLATION);
+    return INVALID_HANDLE_VALUE;
+  }
+  return handle;
+}
+
+}  // namespace
+
 struct lock_file::state {
   explicit state(const QString& path) : lock(path) {}
   QLockFile lock;  // on Windows the writer's open handle is the lock: Qt's own does it right
 };
 
-lock_file::lock_file(const QString& path)
-    : m_path(path), m_state(std::make_unique<state>(path)) {}
+lock_file::lock_file(const QString& path, qint64 foreign_stale_ms)
+    : m_path(path), m_foreign_stale_ms(foreign_stale_ms), m_state(std::make_unique<state>(path)) {
+  m_state->lock.setStaleLockTime(static_cast<int>(foreign_stale_ms));
+}
 
 lock_file::~lock_file() = default;
 
@@ -227,23 +264,73 @@ lock_file::attempt lock_file::try_take(QString* why) {
   return attempt::failed;
 }
 
-bool lock_file::holder(qint64* pid, QString* program) const {
+bool read_lock_holder(const QString& path, lock_holder* holder) {
+  QLockFile lock(path);
+  qint64 pid = 0;
   QString host;
-  return m_state->lock.getLockInfo(pid, &host, program);
+  QString program;
+  if (!lock.getLockInfo(&pid, &host, &program)) return false;
+  holder->pid = pid;
+  holder->program = program;
+  holder->host = host;
+  holder->this_host = host == QSysInfo::machineHostName();
+  return true;
+}
+
+bool lock_is_held(const QString& path) {
+  // Qt's lock file on Windows is held open without sharing deletion: held while it can't go.
+  const owned_handle file(::CreateFileW(native(path).c_str(), DELETE, FILE_SHARE_READ, nullptr,
+                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  return !file.valid() && ::GetLastError() != ERROR_FILE_NOT_FOUND;
+}
+
+struct held_file::state {
+  HANDLE handle = INVALID_HANDLE_VALUE;
+  ~state() {
+    if (handle != INVALID_HANDLE_VALUE) ::CloseHandle(handle);
+  }
+};
+
+held_file::held_file() = default;
+held_file::~held_file() = default;
+
+bool held_file::make(const QString& path, const QByteArray& text, QString* why) {
+  auto made = std::make_unique<state>();
+  made->handle = open_locked(path, CREATE_NEW);
+  if (made->handle == INVALID_HANDLE_VALUE) {
+    set_why(why);
+    return false;
+  }
+  DWORD wrote = 0;
+  if (!text.isEmpty() &&
+      (!::WriteFile(made->handle, text.constData(), static_cast<DWORD>(text.size()), &wrote,
+                    nullptr) ||
+       wrote != static_cast<DWORD>(text.size()))) {
+    set_why(why);
+    made.reset();
+    remove_file(path);
+    return false;
+  }
+  m_state = std::move(made);
+  return true;
+}
+
+bool held_file::made() const { return m_state != nullptr; }
+
+holding holding_of(const QString& path) {
+  const owned_handle file(open_locked(path, OPEN_EXISTING));
+  if (file.valid()) return holding::free;
+  return ::GetLastError() == ERROR_FILE_NOT_FOUND ? holding::missing : holding::held;
+}
+
+bool locks_stay_local(const QString& path) {
+  (void)path;
+  return false;
 }
 
 qint64 this_user() { return 0; }
 
 qint64 this_process() { return static_cast<qint64>(::GetCurrentProcessId()); }
-
-bool process_is_gone(qint64 pid) {
-  if (pid <= 0) return false;
-  const owned_handle process(
-      ::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(pid)));
-  if (!process.valid()) return ::GetLastError() == ERROR_INVALID_PARAMETER;
-  DWORD code = 0;
-  return ::GetExitCodeProcess(process.get(), &code) && code != STILL_ACTIVE;
-}
 
 bool process_is_stopped(qint64 pid) {
   (void)pid;

@@ -10,7 +10,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 
 #ifndef _WIN32
 #include <unistd.h>
@@ -23,6 +22,7 @@
 #include "ver.h"
 
 #include "cfgq_file_platform.h"
+#include "cfgq_file_private_dir.h"
 
 namespace {
 
@@ -146,57 +146,23 @@ QString cfgq_private_base() {
   return QString::fromStdString(cfgq_temp_directory());
 }
 
-void cfgq_remove_dead_process_files(const QString& temp_dir) {
-  static const QRegularExpression ours(QStringLiteral("^(CFGQ|cfgq)\\.([0-9]+)\\.[A-Za-z0-9]{6}$"));
-  QDir dir(temp_dir);
-  const QStringList names =
-      dir.entryList({QStringLiteral("CFGQ.*"), QStringLiteral("cfgq.*")},
-                    QDir::Files | QDir::Dirs | QDir::Hidden | QDir::System | QDir::NoSymLinks |
-                        QDir::NoDotAndDotDot);
-  const qint64 me = cfgq_platform::this_process();
-  for (const QString& name : names) {
-    const QRegularExpressionMatch match = ours.match(name);
-    if (!match.hasMatch()) continue;
-    const qint64 pid = match.captured(2).toLongLong();
-    if (pid == me || !cfgq_platform::process_is_gone(pid)) continue;
-    const QString path = dir.filePath(name);
-    // Only this user's own files and directories, never through a link.
-    const cfgq_platform::file_state state = cfgq_platform::state_of(path, false);
-    if (!state.exists || state.link || state.owner != cfgq_platform::this_user()) continue;
-    if (state.regular) {
-      if (name.startsWith(QLatin1String("CFGQ"))) cfgq_platform::remove_file(path);
-    } else if (name.startsWith(QLatin1String("cfgq"))) {
-      QDir private_dir(path);
-      for (const QString& entry : private_dir.entryList(QDir::AllEntries | QDir::System |
-                                                        QDir::Hidden | QDir::NoDotAndDotDot)) {
-        cfgq_platform::remove_file(private_dir.filePath(entry));
-      }
-      dir.rmdir(name);
-    }
-  }
-}
-
 void cfgq_secure_temporary_file(const QString& path) { cfgq_platform::own_private_file(path); }
 
-QString cfgq_staging_name(const QString& path) {
-  return path + QStringLiteral(".cfgq-new.%1").arg(cfgq_platform::this_process());
-}
-
-void cfgq_remove_dead_stages(const QString& path) {
-  const QFileInfo file(path);
-  const QString prefix = file.fileName() + QStringLiteral(".cfgq-new.");
-  const QDir dir = file.dir();
-  for (const QString& name : dir.entryList({prefix + QLatin1Char('*')},
-                                           QDir::Files | QDir::Hidden | QDir::System)) {
-    bool number = false;
-    const qint64 pid = name.mid(prefix.size()).section(QLatin1Char('.'), 0, 0).toLongLong(&number);
-    if (number && pid != cfgq_platform::this_process() && cfgq_platform::process_is_gone(pid)) {
-      cfgq_platform::remove_file(dir.filePath(name));
-    }
-  }
-}
-
 bool cfgq_replace_file(const QString& path, const QByteArray& bytes, QString* why) {
-  cfgq_remove_dead_stages(path);
-  return cfgq_platform::replace_file(path, cfgq_staging_name(path), bytes, why);
+  const QString directory = QFileInfo(path).absolutePath();
+  if (!cfgq_platform::make_directories(directory, why)) return false;
+  const QString parent = cfgq_beside_parent(path);
+  cfgq_sweep_private_dirs(parent);
+  bool replaced = false;
+  {
+    QString failure;
+    const std::unique_ptr<cfgq_private_dir> stage = cfgq_private_dir::make(parent, {}, &failure);
+    if (!stage) {
+      if (why != nullptr) *why = QStringLiteral("can't create a file in %1: %2").arg(directory, failure);
+      return false;
+    }
+    replaced = cfgq_platform::replace_file(path, stage->file(QStringLiteral("new")), bytes, why);
+  }
+  cfgq_remove_if_empty(parent);
+  return replaced;
 }

@@ -36,26 +36,13 @@ std::string cfgq_temp_directory();
 // temporary directory. Qt syncs its own lock files to disk; in memory that costs nothing.
 QString cfgq_private_base();
 
-// Removes from `temp_dir` the temporary settings files and private directories of processes
-// that are provably gone: names the library gives them ("CFGQ.<pid>.XXXXXX",
-// "cfgq.<pid>.XXXXXX"), owned by this user, whose process no longer runs.
-void cfgq_remove_dead_process_files(const QString& temp_dir);
-
 // Makes the temporary settings file at `path` a regular file of this user, with one link, that
 // only its owner can read and write: anything else standing there (a link or pipe planted at its
 // name) is replaced, never followed.
 void cfgq_secure_temporary_file(const QString& path);
 
-// The name under which this process stages new content for the file at `path` before renaming
-// it over the file: "<path>.cfgq-new.<pid>". Temporary files made from it add a dot and six
-// letters. The process id makes both provably this process's.
-QString cfgq_staging_name(const QString& path);
-
-// Removes what killed writers of the file at `path` left of their staged content (names from
-// cfgq_staging_name, and temporaries made from them) once their process is provably gone.
-void cfgq_remove_dead_stages(const QString& path);
-
-// Replaces the file at `path` with `bytes`, all or nothing, through a temporary file under this
-// process's staging name, after removing what killed writers of it left. False, with the reason
-// in *why, when the file was left as it was.
+// Replaces the file at `path` with `bytes`, all or nothing: staged in a private directory of this
+// process beside it (see cfgq_file_private_dir.h), checked, synced and renamed over it, after
+// removing what gone writers left there. The caller holds the file's lock. False, with the
+// reason in *why, when the file was left as it was.
 bool cfgq_replace_file(const QString& path, const QByteArray& bytes, QString* why);

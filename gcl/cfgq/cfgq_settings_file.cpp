@@ -4,13 +4,15 @@
 
 #include <atomic>
 #include <chrono>
-#include <random>
-#include <thread>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <mutex>
+#include <random>
 #include <string>
+#include <thread>
+#include <tuple>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -24,32 +26,59 @@
 
 #include "cfgq_diagnostics.h"
 #include "cfgq_file_platform.h"
+#include "cfgq_file_private_dir.h"
 #include "cfgq_location.h"
 #include "cfgq_settings_cache.h"
 #include "cfgq_tool.h"
 
 namespace platform = cfgq_platform;
 
+// What Qt's parsed state on an alias was read from. A file's state (inode, size, stamps) tells
+// a rewrite apart, since every write renames a new file into place; but a file system with
+// one-second stamps, or a coarse clock, can give a rewrite the old inode number, size and stamps
+// within one tick. While the stamp is that recent (not `settled`), the content's hash decides.
+struct cfgq_file_view {
+  bool valid = false;
+  platform::file_state state;
+  bool settled = false;
+  quint64 hash = 0;  // of the bytes, when not settled
+};
+
 // One alias of a real file, and what the settings objects opened on it hold of the file.
 struct cfgq_file_generation {
   QString alias;              // the path Qt's settings objects open
   bool discarding = false;    // the alias points into the void: writes through it are dropped
   QString refusal;            // why writes are refused (for an object that can't write at all)
-  platform::file_state known;  // the file as Qt's parsed state on this alias last matched it
-  bool known_valid = false;
-  int dirty_objects = 0;  // objects on this alias with changes not yet written
+  cfgq_file_view known;       // the file as Qt's parsed state on this alias last matched it
+  int dirty_objects = 0;      // objects on this alias with changes not yet written
 };
 
-// One real file of the process.
+// Everything the process knows of one real file, whatever path reached it: one record per
+// file identity (its directory's device and inode, and its name; the file's own inode changes
+// at every write).
+//
+// Locking. `file_records::m_mutex` guards the table of records only and is never held while
+// another lock is taken. A record's `mutex` guards every field below that is not const after
+// the record is made (`current`, `generations`, `checked`, `beside`, `swept`, `pending_like`)
+// and every generation reached through it, and is held while Qt reads or writes the file
+// through an alias. The order is: the file's lock among processes ("<file>.lock") first, then
+// the record's mutex, then the keepers' mutex (cfgq_settings_cache.cpp) and Qt's own. No mutex
+// is ever held while waiting for the file's lock: a thread that has to wait gives the record's
+// mutex back for the wait (file_lock::take) and looks at the record afresh afterwards.
 struct cfgq_file_record {
-  QString real;     // the file's final path
-  QByteArray native;  // the same in the file system's encoding
+  QString real;        // the file's final path, as the process first reached it
+  QByteArray native;   // the same in the file system's encoding
   bool shared = true;  // other processes use it (the temporary file is this process's alone)
-  std::mutex mutex;    // guards the fields below; held across each locked write
+  qint64 number = 0;   // names this record's aliases
+  qint64 settle_ns = 0;  // how old a stamp must be to tell every later write (see cfgq_file_view)
+  std::mutex mutex;
   std::shared_ptr<cfgq_file_generation> current;
   int generations = 0;
   platform::file_state checked;  // the file as last found free of damage
-  qint64 number = 0;             // names this record's aliases
+  // Where aliases go when the runtime directory can't take them: beside the file.
+  std::unique_ptr<cfgq_private_dir> beside;
+  bool swept = false;            // gone writers' leftovers beside the file removed once
+  platform::file_state pending_like;  // owner and mode of a set-aside file, for the next one
 };
 
 namespace {
@@ -57,44 +86,43 @@ namespace {
 constexpr qint64 default_lock_wait_ms = 10'000;
 // New files up to this size have what Qt holds counted after each write (see write_checked).
 constexpr qint64 exact_check_bytes = 256 * 1024;
+// Below this much free room a runtime directory can't be trusted with an alias: Qt writes its
+// own lock file beside each alias at every write.
+constexpr qint64 min_private_room = 64 * 1024;
 
-// The process's private directory: aliases and Qt's own locks of them. Named after the process
-// (cfgq.<pid>.XXXXXX, see cfgq_private_base for where) so that a later process can tell that
-// its maker is gone and remove it.
+// The process's private directory in the runtime directory (see cfgq_private_base): aliases and
+// Qt's own locks of them, and the note that removes the process's temporary settings file once
+// it is gone. Empty when it can't be made there (missing, full): aliases then go beside each file.
 class process_directory {
  public:
   process_directory() {
     const QString temp = QString::fromStdString(cfgq_temp_directory());
     const QString base = cfgq_private_base();
-    cfgq_remove_dead_process_files(temp);
-    if (base != temp) cfgq_remove_dead_process_files(base);
-    const QString pattern = QDir(base).filePath(
-        QStringLiteral("cfgq.%1.XXXXXX").arg(platform::this_process()));
-    m_path = platform::make_private_dir(pattern);
-    if (m_path.isEmpty()) {
-      cfgq_debug(std::string("No private directory for the settings file's aliases in ") +
-                 base.toStdString() + ": " + platform::last_error_text().toStdString() +
-                 "; writes use Qt's own lock");
+    cfgq_sweep_private_dirs(temp);
+    if (base != temp) cfgq_sweep_private_dirs(base);
+    QString why;
+    const QString temporary = cfgq_temporary_settings_file();
+    const QByteArray note =
+        temporary.isEmpty() ? QByteArray() : "remove=" + QFile::encodeName(temporary) + '\n';
+    m_dir = cfgq_private_dir::make(base, note, &why);
+    if (!m_dir) {
+      cfgq_debug("No private directory for the settings file's aliases: " + why.toStdString() +
+                 "; they go beside the settings file");
     }
-  }
-  ~process_directory() {
-    if (m_path.isEmpty()) return;
-    // Only what this process made: aliases, Qt's locks of them, and what was discarded.
-    QDir dir(m_path);
-    for (const QString& name : dir.entryList(QDir::AllEntries | QDir::System | QDir::Hidden |
-                                             QDir::NoDotAndDotDot)) {
-      platform::remove_file(dir.filePath(name));
-    }
-    dir.rmdir(m_path);
   }
   process_directory(const process_directory&) = delete;
   process_directory& operator=(const process_directory&) = delete;
 
-  const QString& path() const { return m_path; }
+  // Empty when there is none, or when its file system has no room left for Qt's locks.
+  QString usable_path() const {
+    if (!m_dir || platform::free_bytes(m_dir->path()) < min_private_room) return QString();
+    return m_dir->path();
+  }
+  QString path() const { return m_dir ? m_dir->path() : QString(); }
   qint64 next_number() { return ++m_numbers; }
 
  private:
-  QString m_path;
+  std::unique_ptr<cfgq_private_dir> m_dir;
   std::atomic<qint64> m_numbers{0};
 };
 
@@ -103,28 +131,57 @@ process_directory& private_dir() {
   return instance;
 }
 
+// How old a stamp of a file in `dir` must be before no later write can share its tick: a few
+// milliseconds where the file system keeps fine stamps, seconds where it keeps whole ones.
+qint64 settle_time_ns(const QString& dir) {
+  const platform::file_state state = platform::state_of(dir, true);
+  const bool whole_seconds = state.exists && state.changed_ns % 1'000'000'000 == 0 &&
+                             state.modified_ms % 1'000 == 0;
+  return whole_seconds ? 3'000'000'000 : 50'000'000;
+}
+
 class file_records {
  public:
   std::shared_ptr<cfgq_file_record> find_or_make(const QString& real, bool shared) {
     // Records live as long as the process: each thread remembers the one it used last.
     thread_local std::shared_ptr<cfgq_file_record> last;
     if (last && last->real == real) return last;
+    // Keyed by what the file is, not by the path that reached it (a bind mount, a second
+    // mount of one export): its directory's identity and its name.
+    const QFileInfo info(real);
+    const platform::file_state dir = platform::state_of(info.absolutePath(), true);
+    const key identity = dir.exists ? key{dir.device, dir.inode, info.fileName()}
+                                    : key{-1, -1, real};
     std::lock_guard<std::mutex> lock(m_mutex);
-    std::shared_ptr<cfgq_file_record>& record = m_records[real];
+    std::shared_ptr<cfgq_file_record>& record = m_records[identity];
+    // A record made through another path stands for this file only while that path still
+    // reaches it: a directory removed and made anew may get the old one's inode number.
+    if (record && record->real != real) {
+      const platform::file_state then =
+          platform::state_of(QFileInfo(record->real).absolutePath(), true);
+      if (!then.same_file(dir)) record.reset();
+    }
     if (!record) {
       record = std::make_shared<cfgq_file_record>();
       record->real = real;
       record->native = QFile::encodeName(real);
       record->shared = shared;
       record->number = private_dir().next_number();
+      record->settle_ns = settle_time_ns(info.absolutePath());
     }
     last = record;
     return record;
   }
 
  private:
+  using key = std::tuple<qint64, qint64, QString>;
+  struct key_hash {
+    size_t operator()(const key& k) const {
+      return qHashMulti(0, std::get<0>(k), std::get<1>(k), std::get<2>(k));
+    }
+  };
   std::mutex m_mutex;
-  QHash<QString, std::shared_ptr<cfgq_file_record>> m_records;
+  std::unordered_map<key, std::shared_ptr<cfgq_file_record>, key_hash> m_records;
 };
 
 file_records& records() {
@@ -132,11 +189,25 @@ file_records& records() {
   return instance;
 }
 
+// The directory for the record's next alias: the process's runtime directory, or, when that is
+// missing or full, a private directory of the process beside the file. Empty when neither can
+// be had (Qt then opens the file under its own name). The record's mutex is held.
+QString alias_directory(cfgq_file_record& record) {
+  const QString runtime = private_dir().usable_path();
+  if (!runtime.isEmpty()) return runtime;
+  if (!record.beside) {
+    QString why;
+    record.beside = cfgq_private_dir::make(cfgq_beside_parent(record.real), {}, &why);
+    if (!record.beside) cfgq_debug("No private directory beside the settings file: " + why.toStdString());
+  }
+  return record.beside ? record.beside->path() : QString();
+}
+
 // A new alias of the record's file; the record's views from now on open it. The old alias stays
 // (objects opened on it may still write through it) but loses its keeper.
 std::shared_ptr<cfgq_file_generation> new_generation(cfgq_file_record& record) {
   auto generation = std::make_shared<cfgq_file_generation>();
-  const QString& dir = private_dir().path();
+  const QString dir = alias_directory(record);
   if (dir.isEmpty()) {
     generation->alias = record.real;
   } else {
@@ -150,11 +221,10 @@ std::shared_ptr<cfgq_file_generation> new_generation(cfgq_file_record& record) {
 }
 
 // Points `generation`'s alias into the void: whatever its objects write from now on is dropped.
-void discard_writes(cfgq_file_generation& generation) {
+void discard_writes(const cfgq_file_record& record, cfgq_file_generation& generation) {
   if (generation.discarding) return;
   generation.discarding = true;
-  const QString& dir = private_dir().path();
-  if (dir.isEmpty() || generation.alias == QString()) return;
+  if (generation.alias == record.real || generation.alias.isEmpty()) return;
   const QString replacement = generation.alias + QStringLiteral(".new");
   platform::remove_file(replacement);
   if (platform::make_link(generation.alias + QStringLiteral(".void"), replacement)) {
@@ -184,35 +254,38 @@ void report_failure(const QString& path, const QString& reason, qint64 lock_pid 
 // it, but waited for only so long.
 class file_lock {
  public:
-  explicit file_lock(const QString& real) : m_lock(real + QStringLiteral(".lock")) {}
-  // False after the wait; *why then says who holds it, or why it can't be made.
-  bool take(QString* why, qint64* holder) {
-    // Short, jittered polls: a waiter that sleeps long loses the lock to every writer that
-    // comes after it.
-    const qint64 wait_ms = cfgq_lock_wait_ms();
-    QElapsedTimer waited;
-    waited.start();
-    std::minstd_rand jitter(static_cast<unsigned>(platform::this_process()));
+  explicit file_lock(const QString& real)
+      : m_path(real + QStringLiteral(".lock")), m_lock(m_path, cfgq_lock_wait_ms()) {}
+  // Takes the lock; `guard`, when it holds a mutex, is given back for any wait and taken again
+  // before this returns. False after the wait; *why then says who holds it (*holder: its process
+  // id, when it runs on this host), or why it can't be made.
+  bool take(QString* why, qint64* holder, std::unique_lock<std::mutex>* guard = nullptr) {
     QString failure;
-    for (;;) {
-      const platform::lock_file::attempt attempt = m_lock.try_take(&failure);
-      if (attempt == platform::lock_file::attempt::taken) return true;
-      if (attempt == platform::lock_file::attempt::failed) {
-        *why = QStringLiteral("its lock file can't be made: ") + failure;
-        return false;
-      }
-      if (waited.elapsed() >= wait_ms) break;
-      std::this_thread::sleep_for(std::chrono::microseconds(500 + jitter() % 2'000));
+    platform::lock_file::attempt attempt = m_lock.try_take(&failure);
+    if (attempt == platform::lock_file::attempt::held) {
+      const bool release = guard != nullptr && guard->owns_lock();
+      if (release) guard->unlock();
+      attempt = wait(&failure);
+      if (release) guard->lock();
     }
-    qint64 pid = 0;
-    QString program;
-    if (m_lock.holder(&pid, &program)) {
-      *holder = pid;
-      const QString state = platform::process_is_stopped(pid) ? QStringLiteral(", stopped")
-                                                               : QString();
+    if (attempt == platform::lock_file::attempt::taken) return true;
+    if (attempt == platform::lock_file::attempt::failed) {
+      *why = QStringLiteral("its lock file can't be made: ") + failure;
+      return false;
+    }
+    const qint64 wait_ms = cfgq_lock_wait_ms();
+    platform::lock_holder who;
+    if (platform::read_lock_holder(m_path, &who)) {
+      QString state;
+      if (who.this_host) {
+        *holder = who.pid;
+        if (platform::process_is_stopped(who.pid)) state = QStringLiteral(", stopped");
+      } else {
+        state = QStringLiteral(", on host ") + who.host;
+      }
       *why = QStringLiteral("locked by process %1 (%2%3) for more than %4 ms")
-                 .arg(pid)
-                 .arg(program.isEmpty() ? QStringLiteral("unknown") : program, state)
+                 .arg(who.pid)
+                 .arg(who.program.isEmpty() ? QStringLiteral("unknown") : who.program, state)
                  .arg(wait_ms);
     } else {
       *why = QStringLiteral("locked by another process for more than %1 ms").arg(wait_ms);
@@ -221,6 +294,25 @@ class file_lock {
   }
 
  private:
+  platform::lock_file::attempt wait(QString* failure) {
+    // Short, jittered polls: a waiter that sleeps long loses the lock to every writer that
+    // comes after it.
+    const qint64 wait_ms = cfgq_lock_wait_ms();
+    QElapsedTimer waited;
+    waited.start();
+    std::minstd_rand jitter(static_cast<unsigned>(platform::this_process()) ^
+                            static_cast<unsigned>(std::hash<std::thread::id>()(
+                                std::this_thread::get_id())));
+    for (;;) {
+      const platform::lock_file::attempt attempt = m_lock.try_take(failure);
+      if (attempt != platform::lock_file::attempt::held || waited.elapsed() >= wait_ms) {
+        return attempt;
+      }
+      std::this_thread::sleep_for(std::chrono::microseconds(500 + jitter() % 2'000));
+    }
+  }
+
+  QString m_path;
   platform::lock_file m_lock;
 };
 
@@ -231,17 +323,21 @@ bool takes_own_lock(const cfgq_file_record& record, const cfgq_file_generation& 
   return record.shared && generation.alias != record.real;
 }
 
-// Why the file at `real` can't be written, as the system says it.
-QString write_refusal_reason(const QString& real) {
+// Why the file at `real` can't be written through `generation`'s alias, as the system says it.
+QString write_refusal_reason(const QString& real, const cfgq_file_generation& generation) {
   const QFileInfo info(real);
   if (info.exists()) {
     QFile file(real);
     if (!file.open(QIODevice::ReadWrite)) return file.errorString();
   }
-  const QString dir = info.absolutePath();
-  // Under this process's staging name: a process killed here leaves what a later one removes.
-  QTemporaryFile probe(cfgq_staging_name(real) + QStringLiteral(".XXXXXX"));
-  if (!probe.open()) return QStringLiteral("%1: %2").arg(dir, probe.errorString());
+  // Qt writes its own lock file beside the alias: a full directory there refuses every write.
+  const QString alias_dir = QFileInfo(generation.alias).absolutePath();
+  if (platform::free_bytes(alias_dir) < min_private_room) {
+    return QStringLiteral("no room left in %1").arg(alias_dir);
+  }
+  if (platform::free_bytes(info.absolutePath()) < min_private_room) {
+    return QStringLiteral("no room left in %1").arg(info.absolutePath());
+  }
   return QStringLiteral("the new file could not be written");
 }
 
@@ -255,12 +351,13 @@ qint64 expected_line_ends(QSettings& settings) {
   return keys + 2 * sections - 1;
 }
 
-// The line ends in the file at `path`, -1 when it can't be read.
-qint64 line_ends_in(const QString& path, bool* ends_with_line_end) {
+// The line ends in the file at `path`, -1 when it can't be read; *hash gets a hash of its bytes.
+qint64 line_ends_in(const QString& path, bool* ends_with_line_end, quint64* hash) {
   QFile file(path);
   if (!file.open(QIODevice::ReadOnly)) return -1;
   qint64 count = 0;
   char last = '\n';
+  size_t mixed = 0;
   std::vector<char> buffer(1 << 16);
   for (;;) {
     const qint64 got = file.read(buffer.data(), static_cast<qint64>(buffer.size()));
@@ -268,6 +365,7 @@ qint64 line_ends_in(const QString& path, bool* ends_with_line_end) {
     if (got == 0) break;
     const char* p = buffer.data();
     const char* end = p + got;
+    mixed = qHashBits(p, static_cast<size_t>(got), mixed);
     while ((p = static_cast<const char*>(std::memchr(p, '\n', end - p))) != nullptr) {
       ++count;
       ++p;
@@ -275,7 +373,63 @@ qint64 line_ends_in(const QString& path, bool* ends_with_line_end) {
     last = buffer[static_cast<size_t>(got - 1)];
   }
   *ends_with_line_end = last == '\n';
+  *hash = mixed;
   return count;
+}
+
+// A hash of the bytes of the file at `native`, and the state of the file it read (not existing
+// when it could not be read).
+quint64 content_hash(const QByteArray& native, platform::file_state* read) {
+  bool ends_with_line_end = true;
+  quint64 hash = 0;
+  const platform::file_state before = platform::state_of(native, true);
+  if (line_ends_in(QFile::decodeName(native), &ends_with_line_end, &hash) < 0 ||
+      !platform::state_of(native, true).same_as(before)) {
+    *read = platform::file_state();
+    return 0;
+  }
+  *read = before;
+  return hash;
+}
+
+// True when a stamp is older than anything a later write could share (see cfgq_file_view).
+bool stamp_settled(const platform::file_state& state, qint64 settle_ns) {
+  const qint64 now_ns = std::chrono::duration_cast<std::chrono::nanoseconds>(
+                            std::chrono::system_clock::now().time_since_epoch())
+                            .count();
+  return now_ns - state.changed_ns > settle_ns;
+}
+
+// What Qt read on `generation` was the file in `state`: remembered, with the hash of its bytes
+// while its stamp is recent. False when the file changed again before the hash was taken.
+bool remember_view(const cfgq_file_record& record, cfgq_file_generation& generation,
+                   const platform::file_state& state, const quint64* hash_of_content) {
+  cfgq_file_view& view = generation.known;
+  view.state = state;
+  view.settled = !state.exists || stamp_settled(state, record.settle_ns);
+  view.valid = true;
+  if (view.settled) return true;
+  if (hash_of_content != nullptr) {
+    view.hash = *hash_of_content;
+    return true;
+  }
+  platform::file_state read;
+  view.hash = content_hash(record.native, &read);
+  view.valid = read.same_as(state);
+  return view.valid;
+}
+
+// True when the file, now in `now`, is still what `generation`'s Qt state was read from.
+bool still_known(const cfgq_file_record& record, cfgq_file_generation& generation,
+                 const platform::file_state& now) {
+  cfgq_file_view& view = generation.known;
+  if (!view.valid || !now.same_as(view.state)) return false;
+  if (view.settled) return true;
+  platform::file_state read;
+  if (content_hash(record.native, &read) != view.hash || !read.same_as(now)) return false;
+  // Once the stamp is old enough, later writes show in it: no more reading needed.
+  view.settled = stamp_settled(now, record.settle_ns);
+  return true;
 }
 
 bool is_valid_utf8(const QByteArray& bytes) {
@@ -339,7 +493,8 @@ void keep_damaged_copy(cfgq_file_record& record, QSettings& settings,
     // In the process's own directory: a process killed here leaves nothing beside the user's
     // file, and its directory goes with it.
     const QString dir = private_dir().path().isEmpty()
-                            ? QString::fromStdString(cfgq_temp_directory())
+                            ? (record.beside ? record.beside->path()
+                                             : QString::fromStdString(cfgq_temp_directory()))
                             : private_dir().path();
     QTemporaryFile probe(QDir(dir).filePath(QStringLiteral("format-check.XXXXXX")));
     if (!probe.open() || probe.write(bytes) != bytes.size() || !probe.flush()) return;
@@ -372,7 +527,6 @@ bool point_alias(const QString& alias, const QString& target) {
 // space), or a private copy where the file system has no second names, or an empty private file
 // when there is no file yet. False when nothing could be staged.
 bool stage_file(const QString& real, const platform::file_state& before, const QString& stage) {
-  platform::remove_file(stage);
   if (!before.exists) return platform::make_private_file(stage, nullptr, nullptr);
   if (platform::hard_link(real, stage, nullptr)) return true;
   QFile source(real);
@@ -380,20 +534,29 @@ bool stage_file(const QString& real, const platform::file_state& before, const Q
   const QByteArray bytes = source.readAll();
   if (!platform::make_private_file(stage, &before, nullptr)) return false;
   QFile copy(stage);
-  if (copy.open(QIODevice::WriteOnly) && copy.write(bytes) == bytes.size() && copy.flush()) {
-    return true;
+  return copy.open(QIODevice::WriteOnly) && copy.write(bytes) == bytes.size() && copy.flush();
+}
+
+// The owner and mode a new settings file takes: those of the file last set aside from its place
+// (by this process, or as its set-aside copy keeps them), else none.
+platform::file_state owner_of_new_file(const cfgq_file_record& record) {
+  if (record.pending_like.exists) return record.pending_like;
+  for (const char* suffix : {cfgq_large_suffix, cfgq_corrupt_suffix}) {
+    const platform::file_state copy =
+        platform::state_of(record.real + QLatin1String(suffix), false);
+    if (copy.exists && copy.regular) return copy;
   }
-  platform::remove_file(stage);
-  return false;
+  return {};
 }
 
 // Lets Qt write the file through `generation`'s alias (`write` makes the settings object that
 // writes, or has one write, and returns it standing at the root), with the file's lock held or
 // not needed, and checks the outcome, so that the file holds its old bytes or the complete new
-// content: Qt writes a staged copy of the file (see stage_file), whose alias points there for
-// the write, and only a staged file that Qt wrote completely is renamed over the file. A file
-// that is no regular file is not written; Qt is made to read again a file written by others
-// since it read it. Returns why the write failed, or empty text. The record's mutex is held.
+// content. Qt writes a staged copy of the file (see stage_file) in a private directory of this
+// process beside the file, whose alias points there for the write, and only a staged file that
+// Qt wrote completely is renamed over the file. A file that is no regular file is not written;
+// Qt is made to read again a file written by others since it read it. Returns why the write
+// failed, or empty text. The record's mutex is held.
 QString write_checked(cfgq_file_record& record, cfgq_file_generation& generation,
                       const std::function<QSettings&()>& write) {
   const platform::file_state before = platform::state_of(record.native, false);
@@ -401,25 +564,39 @@ QString write_checked(cfgq_file_record& record, cfgq_file_generation& generation
     // A link, device or directory put in place of the file since it was opened.
     return QStringLiteral("not a regular file");
   }
-  if (before.exists && (!generation.known_valid || !before.same_as(generation.known))) {
+  if (before.exists && !still_known(record, generation, before)) {
     // Another process wrote the file since Qt read it: make sure Qt sees it changed, by more
     // than its size and modification time, and reads it again before it merges and writes.
-    platform::touch_later(record.real, before.modified_ms, nullptr);
+    platform::touch_distinct(
+        record.real,
+        generation.known.valid ? generation.known.state.modified_ms : before.modified_ms, nullptr);
   }
-  const QString stage = cfgq_staging_name(record.real);
-  // Only through an alias of its own can the write be staged; without one (no private
-  // directory) Qt writes the file itself and a cut is found, not undone.
-  const bool staged = generation.alias != record.real &&
-                      stage_file(record.real, before, stage) &&
-                      point_alias(generation.alias, stage);
-  if (!staged) {
-    platform::remove_file(stage);
-    if (generation.alias != record.real) {
+  // Gone writers' leftovers go, under the file's lock, before this process's first write.
+  const QString parent = cfgq_beside_parent(record.real);
+  if (!record.swept && record.shared) {
+    cfgq_sweep_private_dirs(parent);
+    record.swept = true;
+  }
+  std::unique_ptr<cfgq_private_dir> stage_dir;
+  QString stage;
+  // Only through an alias of its own can the write be staged; without one Qt writes the file
+  // itself and a cut is found, not undone.
+  bool staged = false;
+  if (generation.alias != record.real) {
+    QString why;
+    stage_dir = cfgq_private_dir::make(parent, {}, &why);
+    if (!stage_dir) {
+      return QStringLiteral("the file can't be staged for writing in %1: %2").arg(parent, why);
+    }
+    stage = stage_dir->file(QStringLiteral("stage"));
+    staged = stage_file(record.real, before, stage) && point_alias(generation.alias, stage);
+    if (!staged) {
       return QStringLiteral("the file can't be staged for writing: ") +
              platform::last_error_text();
     }
+  } else if (!before.exists) {
     // Qt would make a new file readable by everyone (and writable, under umask 000).
-    if (!before.exists) platform::make_private_file(record.real, nullptr, nullptr);
+    platform::make_private_file(record.real, nullptr, nullptr);
   }
   const QString target = staged ? stage : record.real;
   const platform::file_state start = platform::state_of(target, true);
@@ -427,11 +604,12 @@ QString write_checked(cfgq_file_record& record, cfgq_file_generation& generation
   QSettings& settings = write();
   const platform::file_state written = platform::state_of(target, true);
   QString failure;
+  quint64 written_hash = 0;
   if (settings.status() == QSettings::AccessError) {
-    failure = write_refusal_reason(record.real);
+    failure = write_refusal_reason(record.real, generation);
   } else if (!written.same_as(start)) {
     bool ends_with_line_end = true;
-    const qint64 found = line_ends_in(target, &ends_with_line_end);
+    const qint64 found = line_ends_in(target, &ends_with_line_end, &written_hash);
     // Qt finds a failed write itself except in the last buffer it flushes, which only a full
     // file system or a quota can refuse. Counting what Qt holds costs a walk over every key, so
     // it is done where that last buffer is most of the file, or where space is short; elsewhere
@@ -447,38 +625,54 @@ QString write_checked(cfgq_file_record& record, cfgq_file_generation& generation
       if (!staged) failure += QStringLiteral("; the file may be damaged");
     }
   }
+  bool replaced = false;
   if (staged) {
     // Qt's state now stands for the staged file, which becomes the file itself (same inode,
     // same stamp) or goes.
     point_alias(generation.alias, record.real);
     if (failure.isEmpty() && !written.same_as(start)) {
-      if (before.exists && !written.same_file(before)) {
-        // A write by another user (root) made a new file: give it back its owner and mode.
-        platform::restore_owner_and_mode(stage, before);
+      // Qt made a new file as this process's user: give it the old file's owner and mode (root
+      // writing a user's file), or those of a file set aside from its place, or the owner of the
+      // file's directory (root making a file in a user's home).
+      const platform::file_state like = before.exists ? before : owner_of_new_file(record);
+      if (like.exists) {
+        platform::restore_owner_and_mode(stage, like);
+      } else {
+        platform::adopt_owner(stage, QFileInfo(record.real).absolutePath());
       }
       QString why;
-      if (!platform::rename_over(stage, record.real, &why)) failure = why;
+      if (platform::rename_over(stage, record.real, &why)) {
+        replaced = true;
+      } else {
+        failure = why;
+      }
     }
-    platform::remove_file(stage);
   }
+  stage_dir.reset();
+  cfgq_remove_if_empty(parent);
   if (!failure.isEmpty()) return failure;
-  generation.known = platform::state_of(record.native, true);
-  generation.known_valid = true;
+  if (replaced || !written.same_as(start)) record.pending_like = platform::file_state();
+  const platform::file_state now = platform::state_of(record.native, true);
+  if (!remember_view(record, generation, now, written_hash != 0 ? &written_hash : nullptr)) {
+    generation.known.valid = false;
+  }
   // Qt writes only what it parsed without error: the new file needs no check for damage.
-  record.checked = generation.known;
+  record.checked = now;
   return QString();
 }
 
 // Renames the record's file to its name with `suffix` appended, if it is still the file that
 // `measured` describes (and, for `size_limit` >= 0, still larger than it), under the file's lock,
-// so that it happens once however many processes found it. The file made in its place keeps its
-// owner and mode. False when the lock could not be had (*why says why). Record's mutex held.
-bool set_aside(cfgq_file_record& record, const platform::file_state& measured,
-               const char* suffix, qint64 size_limit, QString* why) {
+// so that it happens once however many processes found it. No file is made in its place: the
+// next write makes one, with the set-aside file's owner and mode. False when the lock could not
+// be had (*why says why). The record's mutex is held in `guard` (given back for any wait).
+bool set_aside(cfgq_file_record& record, std::unique_lock<std::mutex>& guard,
+               const platform::file_state& measured, const char* suffix, qint64 size_limit,
+               QString* why) {
   file_lock lock(record.real);
   qint64 holder = 0;
   // Taken even where Qt opens the file under its own name: no settings object holds it here.
-  if (record.shared && !lock.take(why, &holder)) return false;
+  if (record.shared && !lock.take(why, &holder, &guard)) return false;
   const platform::file_state now = platform::state_of(record.real, true);
   if (!now.same_file(measured) || (size_limit >= 0 && now.size <= size_limit)) return true;
   // The file's parsed state goes with it: a file set aside for its size must not stay in memory.
@@ -489,7 +683,7 @@ bool set_aside(cfgq_file_record& record, const platform::file_state& measured,
                rename_why.toStdString());
     return true;
   }
-  platform::make_private_file(record.real, &now, nullptr);
+  record.pending_like = now;
   // Settings objects must not go on with what they read of the old file.
   new_generation(record);
   return true;
@@ -508,8 +702,9 @@ std::shared_ptr<cfgq_file_generation> void_generation(const QString& reason) {
   return generation;
 }
 
-// The file that `path` names, through links, and its state (that of the link's target).
-QString real_file(const QString& path, platform::file_state* state) {
+// The file that `path` names, through links, and its state (that of the link's target). A link
+// is followed only to a file its own owner owns: *refusal says why otherwise.
+QString real_file(const QString& path, platform::file_state* state, QString* refusal) {
   // Each thread remembers the last path it looked at in the file system's encoding.
   thread_local QString last_path;
   thread_local QByteArray last_native;
@@ -524,6 +719,9 @@ QString real_file(const QString& path, platform::file_state* state) {
   }
   const QString real = platform::final_target(path);
   *state = platform::state_of(real, true);
+  if (state->exists && state->owner != seen.owner) {
+    *refusal = QStringLiteral("%1 is a link to %2, which its owner does not own").arg(path, real);
+  }
   return real;
 }
 
@@ -568,9 +766,11 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     cfgq_secure_temporary_file(path);
   }
   platform::file_state state;
-  const QString real = real_file(path, &state);
-  if (state.exists && !state.regular) {
-    auto generation = void_generation(QStringLiteral("not a regular file"));
+  QString refusal;
+  const QString real = real_file(path, &state, &refusal);
+  if (state.exists && !state.regular) refusal = QStringLiteral("not a regular file");
+  if (!refusal.isEmpty()) {
+    auto generation = void_generation(refusal);
     return std::unique_ptr<cfgq_settings_file>(
         new cfgq_settings_file(generation->alias, path, nullptr, generation));
   }
@@ -580,7 +780,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
   }
   if (state.exists && state.size > max_file_bytes) {
     QString why;
-    if (!set_aside(*record, state, cfgq_large_suffix, max_file_bytes, &why)) {
+    if (!set_aside(*record, guard, state, cfgq_large_suffix, max_file_bytes, &why)) {
       // Never loaded, never replaced: the view holds nothing until the lock is free.
       auto generation = void_generation(why);
       return std::unique_ptr<cfgq_settings_file>(
@@ -588,27 +788,22 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     }
     state = platform::state_of(real, true);
   }
-  if (!record->current && record->shared) cfgq_remove_dead_stages(real);
   std::shared_ptr<cfgq_file_generation> generation =
       record->current ? record->current : new_generation(*record);
-  // Qt would go on with what it read before when a new file looks the same to it (same size,
-  // same modification time in milliseconds: a same-size write within one tick of a coarse
-  // clock): objects on a new alias read it anew.
-  if (generation->known_valid && state.exists && !state.same_as(generation->known) &&
-      state.size == generation->known.size &&
-      state.modified_ms == generation->known.modified_ms) {
-    generation = new_generation(*record);
-  }
 
   // The file is as Qt's parsed state on the alias last matched it, and checked: an object this
-  // thread finished with on the same alias reads nothing and checks nothing either.
-  if (generation->known_valid && generation->dirty_objects == 0 &&
-      state.same_as(generation->known) &&
+  // thread finished with on the same alias reads nothing and checks nothing either. A file that
+  // changed since (however alike its stamps) is read on a new alias.
+  const bool known = still_known(*record, *generation, state);
+  if (known && generation->dirty_objects == 0 &&
       (!state.exists || state.size == 0 || record->checked.same_as(state))) {
     if (std::unique_ptr<cfgq_settings_file> idle = take_idle(*record, path)) {
       cfgq_keep_settings_file(generation->alias);
       return idle;
     }
+  }
+  if (!known && generation->known.valid && generation->dirty_objects == 0) {
+    generation = new_generation(*record);
   }
 
   std::unique_ptr<cfgq_settings_file> settings;
@@ -617,7 +812,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     file_lock lock(record->real);
     QString why;
     qint64 holder = 0;
-    if (!lock.take(&why, &holder)) {
+    if (!lock.take(&why, &holder, &guard)) {
       // Those changes wait for their own objects' writes; this object reads the file anew.
       generation = new_generation(*record);
       settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
@@ -628,7 +823,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
       });
       if (!failure.isEmpty()) {
         // The other objects' changes are refused at their own ends; this one reads anew.
-        discard_writes(*generation);
+        discard_writes(*record, *generation);
         report_failure(record->real, failure);
         generation = new_generation(*record);
         settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
@@ -640,14 +835,12 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     // may hold the old content under the new stamp and would never read it again. Objects on a
     // new alias read it afresh.
     const platform::file_state after = platform::state_of(record->native, true);
-    if (after.same_as(state)) {
-      generation->known = state;
-      generation->known_valid = true;
-    } else {
+    if (!after.same_as(state) || !remember_view(*record, *generation, state, nullptr)) {
+      generation->known.valid = false;
       new_generation(*record);
     }
   }
-  keep_damaged_copy(*record, *settings, generation->known);
+  keep_damaged_copy(*record, *settings, generation->known.state);
   // Keeps the file's parsed state for the next view, which then costs a lookup, not a re-read.
   cfgq_keep_settings_file(generation->alias);
   return settings;
@@ -705,12 +898,13 @@ void cfgq_settings_file::end_group() {
 
 void cfgq_settings_file::set_aside_damaged(const QString& path) {
   platform::file_state state;
-  const QString real = real_file(path, &state);
-  if (!state.exists || !state.regular) return;
+  QString refusal;
+  const QString real = real_file(path, &state, &refusal);
+  if (!state.exists || !state.regular || !refusal.isEmpty()) return;
   std::shared_ptr<cfgq_file_record> record = records().find_or_make(real, true);
-  std::lock_guard<std::mutex> guard(record->mutex);
+  std::unique_lock<std::mutex> guard(record->mutex);
   QString why;
-  if (!set_aside(*record, state, cfgq_corrupt_suffix, -1, &why)) {
+  if (!set_aside(*record, guard, state, cfgq_corrupt_suffix, -1, &why)) {
     cfgq_debug("Could not set aside " + real.toStdString() + ": " + why.toStdString());
   }
 }
@@ -728,7 +922,7 @@ void cfgq_settings_file::mark_changed() {
   if (generation.discarding && generation.dirty_objects == 0 &&
       generation.alias != m_record->real && point_alias(generation.alias, m_record->real)) {
     generation.discarding = false;
-    generation.known_valid = false;
+    generation.known.valid = false;
   }
   ++generation.dirty_objects;
 }
@@ -774,19 +968,21 @@ void cfgq_settings_file::write_changes(const std::function<QSettings&()>& write)
   }
   cfgq_file_record& record = *m_record;
   cfgq_file_generation& generation = *m_generation;
-  std::lock_guard<std::mutex> guard(record.mutex);
+  std::unique_lock<std::mutex> guard(record.mutex);
   --generation.dirty_objects;
+  file_lock lock(record.real);
+  QString why;
+  qint64 holder = 0;
+  const bool locked = generation.discarding || !takes_own_lock(record, generation) ||
+                      lock.take(&why, &holder, &guard);
+  // Looked at again after any wait for the lock: another object's write may have been refused.
   if (generation.discarding) {
     report_failure(m_path, QStringLiteral("an earlier write of the same changes was refused"));
     write();
     return;
   }
-
-  file_lock lock(record.real);
-  QString why;
-  qint64 holder = 0;
-  if (takes_own_lock(record, generation) && !lock.take(&why, &holder)) {
-    discard_writes(generation);
+  if (!locked) {
+    discard_writes(record, generation);
     if (record.current.get() == &generation) new_generation(record);
     report_failure(m_path, why, holder);
     write();
@@ -796,7 +992,7 @@ void cfgq_settings_file::write_changes(const std::function<QSettings&()>& write)
   if (failure.isEmpty()) return;
   // The changes stay in Qt's state of this alias; later objects must not read them back, and
   // when the write was not even tried, this object's end must not make it.
-  discard_writes(generation);
+  discard_writes(record, generation);
   if (record.current.get() == &generation) new_generation(record);
   report_failure(m_path, failure);
   // What Qt still holds unwritten now goes into the void.
