@@ -7,9 +7,9 @@
 // machine store is 80-korvel.conf and the user store 90-korvel.conf: both are read, the user's
 // last, and a "${PATH}" in the user's store sees what the machine's did to PATH.
 //
-// A store is written as a whole new file beside the old one (same directory, every write
-// checked, flushed to disk, the old file's owner and mode), then renamed over it: a failure at
-// any point leaves the old bytes. New files are 0600 and new directories 0700 whatever the umask.
+// A store is written under its lock ("<store>.lock") as a whole new file staged beside the old
+// one (every write checked, flushed to disk, the old file's owner and mode), then renamed over
+// it: a failure at any point leaves the old bytes, and concurrent writers all keep their lines. New files are 0600 and new directories 0700 whatever the umask.
 // A store that is a link is written where the link points, and only when that is a regular file.
 #include "cfgq_setenv.h"
 
@@ -28,6 +28,7 @@
 #include <unistd.h>
 
 #include "cfgq_envd_format.h"
+#include "cfgq_file_lock.h"
 #include "cfgq_file_platform.h"
 #include "cfgq_location.h"
 
@@ -98,13 +99,19 @@ write_result replace_file(const QByteArray& target, const QByteArray& bytes) {
   return {write_outcome::written, QString()};
 }
 
-// The store's bytes: nullopt with *error set when it can't be read; empty when there is none.
-std::optional<QByteArray> read_store(const QString& location, int* error) {
-  QFile file(location);
-  if (!file.exists()) return QByteArray();
-  cfgq_platform::owned_fd fd(open(native(location).constData(), O_RDONLY | O_CLOEXEC));
+// The store's bytes: nullopt with *why set when it can't be read; empty when there is none. A
+// store that is not a regular file (a pipe, a device) is refused at once, never waited on.
+std::optional<QByteArray> read_store(const QString& location, QString* why) {
+  cfgq_platform::owned_fd fd(
+      open(native(location).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   if (fd.get() < 0) {
-    *error = errno;
+    if (errno == ENOENT) return QByteArray();
+    *why = system_reason(errno);
+    return std::nullopt;
+  }
+  struct stat st;
+  if (fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode)) {
+    *why = QStringLiteral("not a regular file");
     return std::nullopt;
   }
   QByteArray bytes;
@@ -113,7 +120,7 @@ std::optional<QByteArray> read_store(const QString& location, int* error) {
     const ssize_t n = ::read(fd.get(), buffer, sizeof buffer);
     if (n < 0 && errno == EINTR) continue;
     if (n < 0) {
-      *error = errno;
+      *why = system_reason(errno);
       return std::nullopt;
     }
     if (n == 0) return bytes;
@@ -123,8 +130,8 @@ std::optional<QByteArray> read_store(const QString& location, int* error) {
 
 // The parsed store as the generator takes it: nothing at all from a file it would not use.
 envd::parsed_file usable_store(const QString& location) {
-  int error = 0;
-  const std::optional<QByteArray> bytes = read_store(location, &error);
+  QString why;
+  const std::optional<QByteArray> bytes = read_store(location, &why);
   if (!bytes) return envd::parsed_file();
   envd::parsed_file file = envd::parse(*bytes);
   if (file.nul_at >= 0 || file.bad_utf8_at >= 0) return envd::parsed_file();
@@ -204,9 +211,9 @@ std::vector<std::pair<QString, QString>> store_variables(const QString& location
 
 QString store_problem(const QString& location) {
   if (location.isEmpty()) return no_location_reason();
-  int error = 0;
-  const std::optional<QByteArray> bytes = read_store(location, &error);
-  if (!bytes) return system_reason(error);
+  QString why;
+  const std::optional<QByteArray> bytes = read_store(location, &why);
+  if (!bytes) return why;
   return unusable_reason(*bytes, envd::parse(*bytes));
 }
 
@@ -224,9 +231,17 @@ write_result store_write(const QString& location, const QString& name, const QSt
   QString why;
   const QByteArray target = write_target(location, &why);
   if (target.isEmpty()) return failed(why);
-  int error = 0;
-  const std::optional<QByteArray> old_bytes = read_store(QFile::decodeName(target), &error);
-  if (!old_bytes) return failed(system_reason(error));
+  // The line is replaced under the store's lock: what was read and what is written belong
+  // together, so concurrent writes of other variables are all kept.
+  const QString target_path = QFile::decodeName(target);
+  if (!cfgq_platform::make_directories(QFileInfo(target_path).absolutePath(), &why)) {
+    return failed(why);
+  }
+  cfgq_file_lock lock(target_path);
+  qint64 holder = 0;
+  if (!lock.take(&why, &holder)) return failed(why);
+  const std::optional<QByteArray> old_bytes = read_store(target_path, &why);
+  if (!old_bytes) return failed(why);
   const envd::parsed_file old_file = envd::parse(*old_bytes);
   why = unusable_reason(*old_bytes, old_file);
   if (!why.isEmpty()) return failed(why);

@@ -1,6 +1,12 @@
 // The cfgq tool's questions about the environment stores, on the platform's store layer.
 #include "cfgq_tool.h"
 
+#include <memory>
+
+#include <QFileInfo>
+
+#include "cfgq_file_lock.h"
+#include "cfgq_file_platform.h"
 #include "cfgq_setenv.h"
 
 cfgq_env_store cfgq_tool_env_store(bool system) {
@@ -30,4 +36,16 @@ bool cfgq_tool_env_remove(const QString& path, const QString& name, QString* why
   if (result.outcome == cfgq_env::write_outcome::written) return true;
   *why = result.reason;
   return false;
+}
+
+std::shared_ptr<void> cfgq_tool_hold_env_lock(QString* why) {
+  // Beside the user's store, where every user's own `cfgq setenv` calls meet.
+  const QString store = cfgq_env::store_location(cfgq_env::store::user);
+  if (store.isEmpty() || !cfgq_platform::make_directories(QFileInfo(store).absolutePath(), why)) {
+    return std::make_shared<int>(0);  // the write itself says what is wrong
+  }
+  auto lock = std::make_shared<cfgq_file_lock>(store + QStringLiteral(".setenv"));
+  qint64 holder = 0;
+  if (!lock->take(why, &holder)) return nullptr;
+  return lock;
 }

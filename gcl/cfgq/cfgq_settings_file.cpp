@@ -25,6 +25,7 @@
 #include <QThread>
 
 #include "cfgq_diagnostics.h"
+#include "cfgq_file_lock.h"
 #include "cfgq_file_platform.h"
 #include "cfgq_file_private_dir.h"
 #include "cfgq_location.h"
@@ -83,7 +84,6 @@ struct cfgq_file_record {
 
 namespace {
 
-constexpr qint64 default_lock_wait_ms = 10'000;
 // New files up to this size have what Qt holds counted after each write (see write_checked).
 constexpr qint64 exact_check_bytes = 256 * 1024;
 // Below this much free room a runtime directory can't be trusted with an alias: Qt writes its
@@ -233,14 +233,6 @@ void discard_writes(const cfgq_file_record& record, cfgq_file_generation& genera
   cfgq_release_settings_file(generation.alias);
 }
 
-qint64 number_from_environment(const char* name, qint64 fallback) {
-  const char* text = std::getenv(name);
-  if (text == nullptr || *text == '\0') return fallback;
-  char* end = nullptr;
-  const long long value = std::strtoll(text, &end, 10);
-  return (end != nullptr && *end == '\0' && value >= 0) ? value : fallback;
-}
-
 void report_failure(const QString& path, const QString& reason, qint64 lock_pid = 0) {
   cfgq_debug("Settings not written: " + path.toStdString() + ": " + reason.toStdString());
   cfgq_write_failure failure;
@@ -249,72 +241,6 @@ void report_failure(const QString& path, const QString& reason, qint64 lock_pid 
   failure.lock_pid = lock_pid;
   cfgq_note_write_failure(failure);
 }
-
-// The file's lock among processes: "<file>.lock", taken the way every writer of the file takes
-// it, but waited for only so long.
-class file_lock {
- public:
-  explicit file_lock(const QString& real)
-      : m_path(real + QStringLiteral(".lock")), m_lock(m_path, cfgq_lock_wait_ms()) {}
-  // Takes the lock; `guard`, when it holds a mutex, is given back for any wait and taken again
-  // before this returns. False after the wait; *why then says who holds it (*holder: its process
-  // id, when it runs on this host), or why it can't be made.
-  bool take(QString* why, qint64* holder, std::unique_lock<std::mutex>* guard = nullptr) {
-    QString failure;
-    platform::lock_file::attempt attempt = m_lock.try_take(&failure);
-    if (attempt == platform::lock_file::attempt::held) {
-      const bool release = guard != nullptr && guard->owns_lock();
-      if (release) guard->unlock();
-      attempt = wait(&failure);
-      if (release) guard->lock();
-    }
-    if (attempt == platform::lock_file::attempt::taken) return true;
-    if (attempt == platform::lock_file::attempt::failed) {
-      *why = QStringLiteral("its lock file can't be made: ") + failure;
-      return false;
-    }
-    const qint64 wait_ms = cfgq_lock_wait_ms();
-    platform::lock_holder who;
-    if (platform::read_lock_holder(m_path, &who)) {
-      QString state;
-      if (who.this_host) {
-        *holder = who.pid;
-        if (platform::process_is_stopped(who.pid)) state = QStringLiteral(", stopped");
-      } else {
-        state = QStringLiteral(", on host ") + who.host;
-      }
-      *why = QStringLiteral("locked by process %1 (%2%3) for more than %4 ms")
-                 .arg(who.pid)
-                 .arg(who.program.isEmpty() ? QStringLiteral("unknown") : who.program, state)
-                 .arg(wait_ms);
-    } else {
-      *why = QStringLiteral("locked by another process for more than %1 ms").arg(wait_ms);
-    }
-    return false;
-  }
-
- private:
-  platform::lock_file::attempt wait(QString* failure) {
-    // Short, jittered polls: a waiter that sleeps long loses the lock to every writer that
-    // comes after it.
-    const qint64 wait_ms = cfgq_lock_wait_ms();
-    QElapsedTimer waited;
-    waited.start();
-    std::minstd_rand jitter(static_cast<unsigned>(platform::this_process()) ^
-                            static_cast<unsigned>(std::hash<std::thread::id>()(
-                                std::this_thread::get_id())));
-    for (;;) {
-      const platform::lock_file::attempt attempt = m_lock.try_take(failure);
-      if (attempt != platform::lock_file::attempt::held || waited.elapsed() >= wait_ms) {
-        return attempt;
-      }
-      std::this_thread::sleep_for(std::chrono::microseconds(500 + jitter() % 2'000));
-    }
-  }
-
-  QString m_path;
-  platform::lock_file m_lock;
-};
 
 // True when writes through `generation` need the file's lock taken by the owner: the file is
 // shared with other processes and Qt's settings objects open it through an alias (opened under
@@ -669,7 +595,7 @@ QString write_checked(cfgq_file_record& record, cfgq_file_generation& generation
 bool set_aside(cfgq_file_record& record, std::unique_lock<std::mutex>& guard,
                const platform::file_state& measured, const char* suffix, qint64 size_limit,
                QString* why) {
-  file_lock lock(record.real);
+  cfgq_file_lock lock(record.real);
   qint64 holder = 0;
   // Taken even where Qt opens the file under its own name: no settings object holds it here.
   if (record.shared && !lock.take(why, &holder, &guard)) return false;
@@ -737,9 +663,6 @@ std::vector<std::unique_ptr<cfgq_settings_file>>& idle_objects() {
 
 }  // namespace
 
-qint64 cfgq_lock_wait_ms() {
-  return number_from_environment("KORVEL_LOCK_WAIT_MS", default_lock_wait_ms);
-}
 
 cfgq_settings_file::cfgq_settings_file(const QString& alias, const QString& path,
                                        std::shared_ptr<cfgq_file_record> record,
@@ -809,7 +732,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
   std::unique_ptr<cfgq_settings_file> settings;
   if (generation->dirty_objects > 0 && takes_own_lock(*record, *generation)) {
     // Opening writes the changes other objects on the alias hold: under the file's lock.
-    file_lock lock(record->real);
+    cfgq_file_lock lock(record->real);
     QString why;
     qint64 holder = 0;
     if (!lock.take(&why, &holder, &guard)) {
@@ -970,7 +893,7 @@ void cfgq_settings_file::write_changes(const std::function<QSettings&()>& write)
   cfgq_file_generation& generation = *m_generation;
   std::unique_lock<std::mutex> guard(record.mutex);
   --generation.dirty_objects;
-  file_lock lock(record.real);
+  cfgq_file_lock lock(record.real);
   QString why;
   qint64 holder = 0;
   const bool locked = generation.discarding || !takes_own_lock(record, generation) ||

@@ -26,10 +26,6 @@
 struct cfgq_file_record;
 struct cfgq_file_generation;
 
-// How long a write waits for another process's lock on the settings file before it gives up:
-// KORVEL_LOCK_WAIT_MS milliseconds, 10,000 by default.
-qint64 cfgq_lock_wait_ms();
-
 class cfgq_settings_file : public QSettings {
  public:
   // Opens the settings file at `path` (the profile's file or the process's temporary file,

@@ -3,6 +3,8 @@
 // failed. Nothing here opens a view or touches the file.
 #pragma once
 
+#include <memory>
+
 #include <QList>
 #include <QPair>
 #include <QString>
@@ -51,6 +53,12 @@ CFGQ_EXPORT bool cfgq_tool_env_text(const QString& path, const QString& name, QS
 
 // Every variable the store at `path` holds, name and text, in the store's order.
 CFGQ_EXPORT QList<QPair<QString, QString>> cfgq_tool_env_variables(const QString& path);
+
+// Holds a lock of the tool's own for a whole `setenv` (its read of the current value and its
+// write; cfgq_setenv itself takes no lock across its steps), so that concurrent calls through
+// the tool keep every change, a list's appended items included. Released when the returned
+// object goes. Null, with *why, when the lock could not be had within the lock wait.
+CFGQ_EXPORT std::shared_ptr<void> cfgq_tool_hold_env_lock(QString* why);
 
 // Removes `name` from the store at `path`; false, with *why, when the store could not be written.
 CFGQ_EXPORT bool cfgq_tool_env_remove(const QString& path, const QString& name, QString* why);

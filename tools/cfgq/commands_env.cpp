@@ -90,6 +90,10 @@ int run_setenv(const invocation& call) {
   const cfgq_env_store user = cfgq_tool_env_store(false);
   const cfgq_env_store system = cfgq_tool_env_store(true);
   if (user.path.isEmpty()) return fail(what, user.problem, exit_failed);
+  // Each call reads the current text, then writes: one call at a time, so that none is lost.
+  QString lock_why;
+  const std::shared_ptr<void> held = cfgq_tool_hold_env_lock(&lock_why);
+  if (!held) return fail(what, QStringLiteral("%1: %2").arg(user.path, lock_why), exit_failed);
   const cfgq_env_store& target = chosen(user, system, name);
   const std::optional<QString> before = text_in(target, name);
 
