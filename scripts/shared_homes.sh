@@ -23,6 +23,12 @@ for arg; do
 done
 [ ${#cases[@]} -gt 0 ] || cases=(hosts one-second locks env root runtime small)
 [ -x "$cfgq" ] || { echo "shared_homes: no cfgq tool at $cfgq (build first)" >&2; exit 2; }
+# As root, the whole run gets a mount namespace of its own: its mounts vanish with it, even when
+# it is killed (a test's time limit), and no other process sees them.
+if [ "$(id -u)" = 0 ] && [ -z "${SHARED_HOMES_NAMESPACE:-}" ] &&
+   unshare -m --propagation private true 2>/dev/null; then
+  SHARED_HOMES_NAMESPACE=1 exec unshare -m --propagation private bash "$0" "$@"
+fi
 unset KORVEL_REGTEST QT_QPA_PLATFORM PBUILD_BUILD KORVEL_DEBUG KORVEL_LOCK_WAIT_MS \
       KORVEL_USER_ENV_FILE XDG_CONFIG_HOME
 export KORVEL_VERSION=25.1 KORVEL_VERSIONS='25.1;24.3'
@@ -106,8 +112,8 @@ unmount_last() { umount "${mounts[0]}" && mounts=("${mounts[@]:1}"); }
 
 # 1. Three hosts (own host name, PID namespace, runtime directory) on one HOME with 300 values.
 case_hosts() {
-  local name=hosts per=$((short ? 30 : 120)) d=$work/hosts run h pids kept=0 reported=0 \
-        written=0 refused=0 broken=0 probe
+  local name=hosts per=$((short ? 30 : 120)) d=$work/hosts run h pids statuses kept=0 \
+        reported=0 written=0 refused=0 broken=0 probe
   probe=$(unshare -u -p -f --mount-proc --kill-child sh -c 'hostname farm-probe && hostname && echo $$' 2>&1)
   if [ "$probe" != $'farm-probe\n1' ]; then
     skip $name "unshare -u -p -f --mount-proc with hostname is not allowed here: ${probe//$'\n'/ }"
@@ -124,11 +130,13 @@ case_hosts() {
         bash -c 'hostname "farm-node-$1" && set_loop "H$1" "$2" "$3"' _ "$h" "$per" "$d/log$run.$h" &
       pids+=($!)
     done
-    for h in "${pids[@]}"; do wait "$h" || broken=$((broken + 1)); done
+    statuses=(x)
+    for h in "${pids[@]}"; do wait "$h"; statuses+=($?); done
     kept=$((kept + $(present "$d/old$run" "$d/home$run/korvel2.kreg")))
     for h in 1 2 3; do
-      # Every command ran once: its write is logged as reported or as refused.
-      [ $(($(lines "$d/log$run.$h.ok") + $(lines "$d/log$run.$h.refused"))) = "$per" ] ||
+      # The host ran, and every command in it once: its write is logged as reported or refused.
+      [ "${statuses[h]}" = 0 ] &&
+        [ $(($(lines "$d/log$run.$h.ok") + $(lines "$d/log$run.$h.refused"))) = "$per" ] ||
         broken=$((broken + 1))
       reported=$((reported + $(lines "$d/log$run.$h.ok")))
       refused=$((refused + $(lines "$d/log$run.$h.refused")))
@@ -205,7 +213,7 @@ case_locks() {
   rm -f "$lock"
   cp "$d/lock.text" "$lock"
   touch -d '1 hour ago' "$lock"
-  (exec 9<"$lock" && flock -x 9 && echo held >"$d/held" && exec sleep 600) &
+  (exec 9<"$lock" && flock -x 9 && echo held >"$d/held" && exec sleep 120) &
   holder=$!
   until [ -s "$d/held" ] || ! kill -0 $holder 2>/dev/null; do sleep 0.05; done
   if [ ! -s "$d/held" ]; then verdict locks-held "flock could not hold the lock file" 0; return; fi
@@ -220,7 +228,7 @@ case_locks() {
   wait $holder 2>/dev/null
   [[ $check == *4242* && $check == *farm-node-17* ]] && named=1
   verdict locks-held "the same lock held (flock): cfgq set exit $status after $elapsed ms; cfgq check exit $check_status, names pid and host: $([ $named = 1 ] && echo yes || echo no)" \
-    $((status == 3 && elapsed >= 1900 && elapsed < 6000 && check_status == 1 && named))
+    $((status == 3 && elapsed >= 1900 && elapsed < 6000 && named))
   [ $named = 1 ] || echo "  cfgq check said: ${check//$'\n'/ | }"
 }
 
