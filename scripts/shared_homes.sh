@@ -60,8 +60,9 @@ lines() { if [ -f "$1" ]; then wc -l <"$1"; else echo 0; fi; }
 has() { grep -qFx -- "$1" "$2" 2>/dev/null && echo 1 || echo 0; }  # 1 when line $1 is in file $2
 # The first line of the files named, cut to 160 characters, after "; said: ".
 said() { local line; line=$(cat "$@" 2>/dev/null | head -1 | cut -c1-160); echo "${line:+; said: $line}"; }
-# 1 when an exit status and message are a refusal in the tool's own words ("cfgq: what: why").
-refused() { [ "$1" -ge 1 ] && [ "$1" -le 3 ] && [[ $2 == cfgq:* ]] && echo 1 || echo 0; }
+# 1 when an exit status and the error output are a refusal in the tool's own words: a line
+# "cfgq: what: why".
+refused() { [ "$1" -ge 1 ] && [ "$1" -le 3 ] && [[ $'\n'$2 == *$'\n'cfgq:* ]] && echo 1 || echo 0; }
 # Writes $3 values "General\Old_i=vi" under the running version's main key into $1, and their
 # lines into $2.
 old_file() {
@@ -350,16 +351,18 @@ case_small() {
   # Memory is capped, so that a reader without a bound fails instead of filling the machine: the
   # address space, or (a sanitizer's build reserves terabytes of it) the resident size.
   local cap='ulimit -v 1000000' capped='1 GB address space'
-  if ! (eval "$cap" && "$cfgq" --version) >/dev/null 2>&1; then cap=: capped='1 GB resident'; fi
+  if ! { (eval "$cap" && "$cfgq" --version) >/dev/null 2>&1; } 2>/dev/null; then
+    cap=: capped='1 GB resident'
+  fi
   ASAN_OPTIONS=${ASAN_OPTIONS:+$ASAN_OPTIONS:}hard_rss_limit_mb=1000 \
     timed 20 bash -c "$cap"'; exec "$0" import /dev/zero' "$cfgq" 2>"$d/zero.err" >/dev/null
   verdict small-import-zero "cfgq import /dev/zero ($capped, 20 s): exit $status after $elapsed ms$(said "$d/zero.err")" \
-    "$(refused $status "$(head -1 "$d/zero.err")")"
+    "$(refused $status "$(cat "$d/zero.err")")"
 
   mkfifo "$d/store.fifo"
   KORVEL_USER_ENV_FILE=$d/store.fifo timed 10 "$cfgq" setenv FIFO_PROBE x 2>"$d/fifo.err" >/dev/null
   kept=0
-  [ -p "$d/store.fifo" ] && kept=$(refused $status "$(head -1 "$d/fifo.err")")
+  [ -p "$d/store.fifo" ] && kept=$(refused $status "$(cat "$d/fifo.err")")
   verdict small-fifo-store "cfgq setenv on a FIFO store (10 s): exit $status after $elapsed ms$([ -p "$d/store.fifo" ] || echo ', FIFO replaced')$(said "$d/fifo.err")" \
     $kept
 
