@@ -307,7 +307,7 @@ case_root() {
 
 # 6. XDG_RUNTIME_DIR full, HOME on a disk with room.
 case_runtime() {
-  local d=$work/runtime rt status=0 i free
+  local d=$work/runtime rt status=0 free
   rt=$d/rt
   mkdir -p "$rt" "$d/home"
   chmod 700 "$rt"
