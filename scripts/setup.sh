@@ -2,6 +2,7 @@
 # Installs the Debian packages that the build, the tests and the benchmarks need.
 # Safe to run again: apt-get skips what is already installed. systemd is there for its
 # environment.d generator, a plain program that the environment tests run; nothing boots.
+# e2fsprogs makes the one-second-timestamp file system of scripts/shared_homes.sh.
 set -euo pipefail
 
 packages=(
@@ -14,6 +15,7 @@ packages=(
   clang libclang-rt-14-dev
   g++-mingw-w64-x86-64-posix
   systemd
+  e2fsprogs
 )
 
 missing=()

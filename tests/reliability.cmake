@@ -59,3 +59,15 @@ add_test(NAME tcl_two_writers
   COMMAND ${TCL_TCLSH} ${CMAKE_CURRENT_SOURCE_DIR}/tcl_load/two_writers.tcl 500)
 set_tests_properties(tcl_two_writers PROPERTIES
   ENVIRONMENT "${cfgq_tcl_environment}" LABELS "tcl;soak" TIMEOUT 600)
+
+# Shared homes: several hosts (own host name and PID namespace) on one HOME, one-second
+# timestamps, another host's lock, concurrent environment writes, root in a user's home, a full
+# runtime directory, hostile files; each case skips (77) where the machine forbids the
+# namespaces, mounts or other user it needs. scripts/shared_homes.sh runs the issue's sizes.
+foreach(shared_homes_case hosts one-second locks env root runtime small)
+  add_test(NAME shared_homes_${shared_homes_case}
+    COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/shared_homes.sh --short ${shared_homes_case})
+  set_tests_properties(shared_homes_${shared_homes_case} PROPERTIES
+    ENVIRONMENT "CFGQ=$<TARGET_FILE:cfgq_tool>" SKIP_RETURN_CODE 77 LABELS reliability
+    TIMEOUT 120)
+endforeach()
