@@ -52,7 +52,8 @@ QString final_target(const QString& path);
 
 // Gives the file at `path` a modification time that differs from `known_ms` as the file system
 // stores it (whole seconds on some), later than now's where it can: anything comparing
-// modification times then sees it changed. False with errno-style reason in *why.
+// modification times then sees it changed. `known_ms` < 0: the stamp to differ from is not
+// known; the file gets one that no write gives. False with errno-style reason in *why.
 bool touch_distinct(const QString& path, qint64 known_ms, QString* why);
 
 // Makes an empty regular file at `path` that nobody else can read or write, exclusively (never

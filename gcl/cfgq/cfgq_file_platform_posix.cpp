@@ -183,9 +183,10 @@ bool touch_distinct(const QString& path, qint64 known_ms, QString* why) {
   struct timespec now {};
   ::clock_gettime(CLOCK_REALTIME, &now);
   qint64 new_ms = qint64{now.tv_sec} * 1'000 + now.tv_nsec / 1'000'000;
-  // Where the file system keeps whole seconds, the next whole second after the known stamp.
-  for (const qint64 candidate : {std::max(new_ms, known_ms + 1),
-                                 std::max(new_ms, (known_ms / 1'000 + 1) * 1'000)}) {
+  // Where the file system keeps whole seconds, the next whole second after the known stamp. An
+  // unknown stamp could be any a write gave: one that no write gives.
+  const qint64 first = known_ms < 0 ? 1'000 : std::max(new_ms, known_ms + 1);
+  for (const qint64 candidate : {first, std::max(new_ms, (known_ms / 1'000 + 1) * 1'000)}) {
     const struct timespec times[2] = {
         {0, UTIME_OMIT},
         {static_cast<time_t>(candidate / 1'000), static_cast<long>(candidate % 1'000) * 1'000'000}};
@@ -193,7 +194,7 @@ bool touch_distinct(const QString& path, qint64 known_ms, QString* why) {
       set_why(why, errno);
       return false;
     }
-    if (state_of(native, true).modified_ms != known_ms) return true;
+    if (known_ms < 0 || state_of(native, true).modified_ms != known_ms) return true;
   }
   set_why(why, EINVAL);
   return false;

@@ -126,7 +126,8 @@ bool touch_distinct(const QString& path, qint64 after_ms, QString* why) {
   FILETIME now;
   ::GetSystemTimeAsFileTime(&now);
   qint64 new_ms = to_ms(now);
-  if (new_ms <= after_ms) new_ms = after_ms + 1;
+  if (after_ms < 0) new_ms = 1'000;
+  else if (new_ms <= after_ms) new_ms = after_ms + 1;
   const FILETIME written = from_ms(new_ms);
   if (::SetFileTime(file.get(), nullptr, nullptr, &written)) return true;
   set_why(why);

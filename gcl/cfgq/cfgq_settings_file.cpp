@@ -493,9 +493,9 @@ QString write_checked(cfgq_file_record& record, cfgq_file_generation& generation
   if (before.exists && !still_known(record, generation, before)) {
     // Another process wrote the file since Qt read it: make sure Qt sees it changed, by more
     // than its size and modification time, and reads it again before it merges and writes.
-    platform::touch_distinct(
-        record.real,
-        generation.known.valid ? generation.known.state.modified_ms : before.modified_ms, nullptr);
+    platform::touch_distinct(record.real,
+                             generation.known.valid ? generation.known.state.modified_ms : -1,
+                             nullptr);
   }
   // Gone writers' leftovers go, under the file's lock, before this process's first write.
   const QString parent = cfgq_beside_parent(record.real);
@@ -753,14 +753,22 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
       }
     }
   } else {
-    settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
     // Qt takes the file's stamp after reading its content: when the file changed meanwhile, Qt
-    // may hold the old content under the new stamp and would never read it again. Objects on a
-    // new alias read it afresh.
-    const platform::file_state after = platform::state_of(record->native, true);
-    if (!after.same_as(state) || !remember_view(*record, *generation, state, nullptr)) {
+    // may hold the old content under the new stamp and would never read it again. The object
+    // is made again on a new alias, which reads the file afresh, a few times; the last one's
+    // write then makes its Qt state read the file again first (see write_checked).
+    for (int tries = 0;; ++tries) {
+      settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
+      const platform::file_state after = platform::state_of(record->native, true);
+      if (after.same_as(state) && remember_view(*record, *generation, state, nullptr)) break;
       generation->known.valid = false;
-      new_generation(*record);
+      if (tries == 2) {
+        new_generation(*record);
+        break;
+      }
+      settings.reset();
+      generation = new_generation(*record);
+      state = platform::state_of(record->native, true);
     }
   }
   keep_damaged_copy(*record, *settings, generation->known.state);
