@@ -34,6 +34,8 @@ TEST_F(CopyClearTest, CopiesEveryLevelAndMergesIntoTheDestination) {
                             "Dst/Only_here/x=k"},
        "Src", "Dst", 5,
        {"Only_here/x=k", "Sub/c=3", "Sub/d=4", "Sub/e=5", "Sub/kept=k", "a=1", "b=2", "kept=k"}},
+      {"a sibling whose name begins like the source's", source, "Src", "Src_2", 5, copied},
+      {"names with stray slashes", source, "/Src/", "Dst//New/", 5, copied},
       {"missing source", source, "Missing", "Dst", 0, {}},
       {"missing source below an existing group", source, "Src/Missing", "Dst", 0, {}},
   };

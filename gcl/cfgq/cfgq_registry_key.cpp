@@ -10,6 +10,7 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -271,8 +272,56 @@ void CFGQ_REGISTRY_KEY::set_no(const QString& value_name) {
 
 CFGQ_REGISTRY_KEY::REGISTRY_ERROR_CODE CFGQ_REGISTRY_KEY::get_last_error() { return m_last_error; }
 
+namespace {
+
+// A group path as Qt takes it: its names without empty ones ("/a//b/" is "a/b").
+QString normal_group_path(const QString& path) {
+  return path.split(QLatin1Char('/'), Qt::SkipEmptyParts).join(QLatin1Char('/'));
+}
+
+// True when one group lies within the other (or they are one group): a copy between them writes
+// where it still reads.
+bool group_paths_overlap(const QString& a, const QString& b) {
+  const QString x = normal_group_path(a) + QLatin1Char('/');
+  const QString y = normal_group_path(b) + QLatin1Char('/');
+  return x == QLatin1String("/") || y == QLatin1String("/") || x.startsWith(y) || y.startsWith(x);
+}
+
+// A copy between groups that don't overlap, as the walk below would make it (nothing it writes
+// is in what it reads), in one pass over the file's keys: a key's path is walked once, so a
+// hand-made file nested hundreds of thousands of levels deep costs time in proportion to its
+// size, not to the square of its depth.
+int copy_disjoint(QSettings& settings, const QString& source, const QString& destination,
+                  const std::function<void(const QString&, const QVariant&)>& set_value) {
+  settings.beginGroup(source);
+  const QStringList keys = settings.allKeys();
+  std::vector<std::pair<QString, QVariant>> buffer;
+  buffer.reserve(static_cast<size_t>(keys.size()));
+  for (const QString& key : keys) {
+    // A hand-edited file can hold a key such as "a//b", below a subgroup with an empty name,
+    // which no walk of the groups can enter: it is not copied.
+    if (key.startsWith(QLatin1Char('/')) || key.contains(QLatin1String("//"))) continue;
+    buffer.emplace_back(key, settings.value(key, QVariant()));
+  }
+  settings.endGroup();
+
+  settings.beginGroup(destination);
+  for (const auto& [key, value] : buffer) {
+    // Counted whether or not set_value stores it: the count tells that the source held keys.
+    set_value(key, value);
+  }
+  settings.endGroup();
+  return static_cast<int>(buffer.size());
+}
+
+}  // namespace
+
 int CFGQ_REGISTRY_KEY::copy(const QString& source, const QString& destination) {
-  // Group by group, depth first, each group's values before its subgroups', as a recursive walk
+  if (!group_paths_overlap(source, destination)) {
+    return copy_disjoint(*m_settings, source, destination,
+                         [this](const QString& key, const QVariant& value) { set_value(key, value); });
+  }
+  // Groups that overlap: group by group, depth first, each group's values before its subgroups', as a recursive walk
   // would go; the groups still to visit wait on a list, not on the stack, so a hand-made file
   // nested thousands of levels deep is copied like any other.
   std::vector<std::pair<QString, QString>> pending{{source, destination}};
