@@ -60,9 +60,16 @@ class CliWatchCheckTest : public cfgq_test::SettingsTest {
 // A child process that is stopped (SIGSTOP) while the test looks; killed with the object.
 struct stopped_child {
   QProcess process;
-  stopped_child() {
-    process.start(QStringLiteral("sleep"), {QStringLiteral("60")});
+  // With `lock`, the command takes that file's system lock (flock) first: stopped once it holds it.
+  explicit stopped_child(const QStringList& command = {QStringLiteral("sleep"), QStringLiteral("60")},
+                         const QString& lock = QString()) {
+    process.start(command.first(), command.mid(1));
     process.waitForStarted();
+    for (int i = 0; i < 200 && !lock.isEmpty() &&
+                    QProcess::execute(QStringLiteral("flock"), {"-n", lock, "true"}) == 0;
+         ++i) {
+      QThread::msleep(10);
+    }
     ::kill(static_cast<pid_t>(process.processId()), SIGSTOP);
     // The stop lands asynchronously; wait until the process table shows it.
     for (int i = 0; i < 200 && !read_bytes(stat_path()).contains(") T "); ++i) QThread::msleep(10);
@@ -92,7 +99,7 @@ TEST_F(CliWatchCheckTest, CheckReportsEachProblemOnOneLineAndChangesNothing) {
   const auto big_file = [&](qint64 size) {
     return healthy + "General\\History=" + QByteArray(size - healthy.size() - 17, 'x') + "\n";
   };
-  stopped_child stopped;
+  std::unique_ptr<stopped_child> holder;
   const struct {
     const char* what;
     std::function<void()> setup;
@@ -106,9 +113,22 @@ TEST_F(CliWatchCheckTest, CheckReportsEachProblemOnOneLineAndChangesNothing) {
       {"format errors", [&] { write_profile_file(healthy + "this line lost its equals sign\n"); }, {"format errors: damaged lines are skipped"}},
       {"bytes that are not UTF-8", [&] { write_profile_file(healthy + "General\\Name=caf\xe9\n"); },
        {"1 line with bytes that are not UTF-8 (first: line 3)"}},
-      {"a dead writer's lock", [&] { write_file(profile_file() + ".lock", lock_naming(finished_process_id())); }, {"which no longer runs"}},
-      {"a stopped writer's lock", [&] { write_file(profile_file() + ".lock", lock_naming(stopped.process.processId())); },
-       {QStringLiteral("held by process %1 (sleep), which is stopped").arg(stopped.process.processId())}},
+      {"a dead writer's lock", [&] { write_file(profile_file() + ".lock", lock_naming(finished_process_id())); }, {"which no longer holds it; the next write takes it over"}},
+      {"a stopped writer's lock", [&] {
+         // The writer holds the lock file's system lock, as every writer does, and stops.
+         holder = std::make_unique<stopped_child>(QStringList{"flock", profile_file() + ".lock", "sleep", "60"},
+                                                  profile_file() + ".lock");
+         QFile lock(profile_file() + ".lock");
+         if (lock.open(QIODevice::WriteOnly)) lock.write(lock_naming(holder->process.processId()));
+       },
+       {"which is stopped: writers wait for it"}},
+      {"another host's writer's lock", [&] {
+         holder = std::make_unique<stopped_child>(QStringList{"flock", profile_file() + ".lock", "sleep", "60"},
+                                                  profile_file() + ".lock");
+         QFile lock(profile_file() + ".lock");
+         if (lock.open(QIODevice::WriteOnly)) lock.write("4242\nkpm\nfarm-node-17\n");
+       },
+       {"held by process 4242 (kpm) on host farm-node-17"}},
       {"set-aside copies", [&] { for (const char* end : {".large", ".format-error"}) write_file(profile_file() + end, healthy); },
        {"korvel2.kreg.large: a set-aside copy (", "korvel2.kreg.format-error: a set-aside copy ("}},
       {"a file others may write", [&] { write_profile_file(healthy); ::chmod(QFile::encodeName(profile_file()), 0666); },

@@ -4,6 +4,11 @@
 #include <mutex>
 #include <optional>
 
+#include <QDateTime>
+#include <QFileInfo>
+
+#include "cfgq_file_lock.h"
+#include "cfgq_file_platform.h"
 #include "cfgq_location.h"
 
 namespace {
@@ -31,3 +36,24 @@ void cfgq_note_write_failure(const cfgq_write_failure& failure) {
   std::lock_guard<std::mutex> lock(failure_mutex);
   if (!first_failure) first_failure = failure;
 }
+
+cfgq_lock_report cfgq_tool_lock_report(const QString& path) {
+  cfgq_lock_report report;
+  report.locks_stay_local = cfgq_platform::locks_stay_local(path);
+  const QString lock = path + QStringLiteral(".lock");
+  const QFileInfo info(lock);
+  report.exists = info.exists() || info.isSymLink();
+  if (!report.exists) return report;
+  report.held = cfgq_platform::lock_is_held(lock);
+  report.age_ms = info.lastModified().msecsTo(QDateTime::currentDateTime());
+  cfgq_platform::lock_holder holder;
+  if (cfgq_platform::read_lock_holder(lock, &holder)) {
+    report.pid = holder.pid;
+    report.program = holder.program;
+    report.host = holder.host;
+    report.this_host = holder.this_host;
+  }
+  return report;
+}
+
+long long cfgq_tool_lock_wait_ms() { return cfgq_lock_wait_ms(); }

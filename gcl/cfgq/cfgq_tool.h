@@ -37,6 +37,23 @@ CFGQ_EXPORT bool cfgq_tool_take_write_failure(cfgq_write_failure* failure);
 // Records a write failure for cfgq_tool_take_write_failure (the library's file layer calls it).
 void cfgq_note_write_failure(const cfgq_write_failure& failure);
 
+// What the lock of the settings file at `path` ("<path>.lock") says, for a report. Whether its
+// holder runs is told by the system lock alone; pid, program and host are what the file names.
+struct cfgq_lock_report {
+  bool exists = false;        // a lock file stands
+  bool held = false;          // some process, on some host, holds its system lock
+  long long pid = 0;          // 0 when the file names none
+  QString program;
+  QString host;
+  bool this_host = false;     // the host named is this one
+  long long age_ms = 0;       // since the lock file was made
+  bool locks_stay_local = false;  // the file lies where locks don't reach other hosts
+};
+CFGQ_EXPORT cfgq_lock_report cfgq_tool_lock_report(const QString& path);
+
+// How long writers wait for a held lock, in milliseconds (KORVEL_LOCK_WAIT_MS).
+CFGQ_EXPORT long long cfgq_tool_lock_wait_ms();
+
 // The persistent environment stores beyond cfgq_setenv: where they are, what they hold, and
 // removing a variable. A failed store write of cfgq_setenv is reported through
 // cfgq_tool_take_write_failure.

@@ -8,7 +8,6 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QStringDecoder>
-#include <QSysInfo>
 
 #include "cfgq_tool.h"
 #include "cli.h"
@@ -19,8 +18,6 @@ namespace {
 
 // Above this share of max_file_bytes, one large value can push the file past the limit.
 constexpr qint64 warn_percent = 80;
-// A lock emptier than a process id and older than this was left by a writer killed as it began.
-constexpr qint64 empty_lock_age_ms = 1'000;
 
 QString number(qint64 n) { return QLocale(QLocale::English).toString(n); }
 
@@ -83,45 +80,46 @@ QString process_state(qint64 pid, QString* name) {
 }
 
 void check_lock(const QString& path, report* out) {
+  const cfgq_lock_report lock = cfgq_tool_lock_report(path);
+  if (lock.locks_stay_local) {
+    out->finding(path, QStringLiteral("lies on a mount whose locks stay on this host (nolock or "
+                                      "local_lock=): writers on other hosts are not kept apart; "
+                                      "mount it with working locks, or write it from one host"));
+  }
+  if (!lock.exists) return;
   const QString lock_path = path + QStringLiteral(".lock");
-  const QFileInfo lock(lock_path);
-  if (!lock.exists()) return;
-  QFile file(lock_path);
-  if (!lock.isFile() || !file.open(QIODevice::ReadOnly)) {
-    out->finding(lock_path, QStringLiteral("can't be read as a lock file; writers may stall on it"));
+  const QString where = lock.host.isEmpty() ? QString()
+                        : lock.this_host    ? QStringLiteral(" on this host")
+                                            : QStringLiteral(" on host %1").arg(lock.host);
+  const QString who = lock.pid > 0 ? QStringLiteral("process %1 (%2)%3")
+                                         .arg(lock.pid)
+                                         .arg(lock.program.isEmpty() ? QStringLiteral("unknown")
+                                                                     : lock.program, where)
+                                   : QStringLiteral("a process that wrote no name");
+  if (!lock.held) {
+    const QString when = lock.this_host || lock.host.isEmpty() || lock.age_ms >= cfgq_tool_lock_wait_ms()
+                             ? QStringLiteral("the next write takes it over")
+                             : QStringLiteral("the next write takes it over once it is %1 ms old")
+                                   .arg(cfgq_tool_lock_wait_ms());
+    out->finding(lock_path, QStringLiteral("left by %1, which no longer holds it; %2").arg(who, when));
     return;
   }
-  // Qt's lock file: the process id, the program's name and the host name, one a line.
-  const QList<QByteArray> lines = file.read(4096).split('\n');
-  const QByteArray pid_text = lines.value(0).trimmed();
-  if (pid_text.isEmpty()) {
-    if (lock.lastModified().msecsTo(QDateTime::currentDateTime()) >= empty_lock_age_ms) {
-      out->finding(lock_path, QStringLiteral("an empty lock, left by a writer killed as it began; "
-                                             "the next program that opens the settings removes it"));
-    }
-    return;
-  }
-  bool ok = false;
-  const qint64 pid = pid_text.toLongLong(&ok);
-  if (!ok || pid <= 0) {
-    out->finding(lock_path, QStringLiteral("holds no process id; writers may wait for it, then fail"));
-    return;
-  }
-  const QString host = QString::fromUtf8(lines.value(2).trimmed());
-  if (!host.isEmpty() && host != QSysInfo::machineHostName()) return;  // another machine's writer
   QString name;
-  const QString state = process_state(pid, &name);
-  if (state.isEmpty()) {
-    out->finding(lock_path, QStringLiteral("held by process %1, which no longer runs; the next "
-                                           "program that opens the settings removes it")
-                                .arg(pid));
-  } else if (state == QLatin1String("T") || state == QLatin1String("t")) {
-    out->finding(lock_path, QStringLiteral("held by process %1 (%2), which is stopped: writers "
-                                           "wait for it, then fail; resume it (kill -CONT %1) "
-                                           "or end it")
-                                .arg(pid)
-                                .arg(name));
+  if (lock.this_host && lock.pid > 0) {
+    const QString state = process_state(lock.pid, &name);
+    if (state == QLatin1String("T") || state == QLatin1String("t")) {
+      out->finding(lock_path, QStringLiteral("held by %1, which is stopped: writers wait for it, "
+                                             "then fail; resume it (kill -CONT %2) or end it")
+                                  .arg(who)
+                                  .arg(lock.pid));
+      return;
+    }
   }
+  out->finding(lock_path, QStringLiteral("held by %1 for %2 ms; writers wait up to %3 ms for it, "
+                                         "then fail")
+                              .arg(who)
+                              .arg(lock.age_ms)
+                              .arg(cfgq_tool_lock_wait_ms()));
 }
 
 void check_set_aside_copies(const QString& path, report* out) {
