@@ -104,8 +104,10 @@ mutant $k "the event loop's flush bypasses the lock and the check" \
   'if (event->type() != QEvent::UpdateRequest) return QSettings::event(event);' \
   'return QSettings::event(event);'
 mutant $k "a file rewritten within one tick counts as unchanged" \
-  'if (view.settled) return true;' \
-  'if (true) return true;'
+  '  if (view.settled) return true;
+  platform::file_state read;' \
+  '  if (true) return true;
+  platform::file_state read;'
 mutant $k "a view whose flush was refused never writes again" \
   'if (generation.discarding && generation.dirty_objects == 0 &&' \
   'if (generation.discarding && generation.dirty_objects < 0 &&'
