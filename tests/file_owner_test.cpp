@@ -285,6 +285,23 @@ TEST_F(FileOwnerTest, LinkedProfilesShareOneLock) {
   EXPECT_TRUE(QFileInfo(other.filePath("korvel2.kreg")).isSymLink());
 }
 
+// Two paths to one file (a directory reached through a link, as a second mount of one export
+// is) are one file to the process: a view on either sees the other's unwritten changes, and
+// both write under one lock.
+TEST_F(FileOwnerTest, TwoPathsToOneFileAreOneFile) {
+  QTemporaryDir other;
+  const QString through_link = other.filePath("home");
+  ASSERT_TRUE(QFile::link(home(), through_link));
+  Key direct(Key::GENERAL, nullptr, nullptr);
+  direct.set_value("Pending", "1");
+  cfgq_test::EnvGuard second_path("HOME", through_link.toStdString());
+  QVariant seen;
+  EXPECT_TRUE(Key(Key::GENERAL, nullptr, nullptr).get_value("Pending", &seen));
+  { Key(Key::GENERAL, nullptr, nullptr).set_value("Other", "2"); }
+  EXPECT_EQ(raw_value("25.1_pro/General/Other").toString(), "2");
+  EXPECT_EQ(raw_value("25.1_pro/General/Pending").toString(), "1");
+}
+
 // A person's copies beside the settings file, whatever their names, survive reads and writes of
 // every kind, also beside a dead writer's lock; so does a file that only looks like a
 // temporary of ours.
