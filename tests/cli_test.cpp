@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLocale>
 #include <QProcess>
 #include <QSettings>
 #include <QRect>
@@ -160,6 +161,11 @@ TEST_F(CliTest, CommandsOnAPopulatedProfile) {
       {{"get", "General", "Colour"}, 1, "cfgq: get General/Colour: not set in 25.1_pro\n"},
       {{"unset", "General", "Dialogs/Find", "--main-key", "24.3_pro"}, 1, "cfgq: unset General/Dialogs/Find: "},
       {{"unset", "GENERAL", "Width"}, 0, ""},
+      // A typo never gives an empty export that replaces a backup.
+      {{"export", "Genral", "-o", "x"}, 2, "cfgq: export: no section 'Genral' in 25.1_pro (did you mean 'General'?)\n"},
+      {{"export", "General/Dialgs", "-o", "x"}, 2, "cfgq: export: no section 'General/Dialgs' in 25.1_pro"},
+      {{"export", "-o", "x", "--main-key", "24.3_pr"}, 2, "holds no main key '24.3_pr' (did you mean '24.3_pro'?)"},
+      {{"export", "Setup"}, 0, "\"section\": \"Setup\""},
   });
   EXPECT_EQ(run({"set", "General", "Dialogs", "a key with the group's name"}).status, 0);
   EXPECT_EQ(run({"unset", "General", "Dialogs"}).status, 0);
@@ -363,7 +369,7 @@ TEST_F(CliTest, ExportClearImportGivesBackTheSameFile) {
 }
 
 TEST_F(CliTest, ImportCountsWhatTheSizeLimitRefused) {
-  write_profile_file("[25.1_pro]\nGeneral\\Huge=old\n");
+  write_profile_file("[25.1_pro]\nRegistry_version=27\nGeneral\\Huge=old\n");
   write_file(home() + QStringLiteral("/big.json"),
              "{\"cfgq_export\": 1, \"section\": \"General\", \"settings\": {\"a\": \"1\", \"b\": [\"x\", \"y\"], "
              "\"Huge\": \"" + QByteArray(10'000'000, 'x') + "\"}}");
@@ -439,6 +445,60 @@ TEST_F(CliTest, ResetAndMigrateNeedYesWithoutATerminal) {
             "Removed the 1 value that 25.1_pro held from before its first migration; the tools "
             "start from their defaults.\n");
   EXPECT_TRUE(run({"show"}).out.contains(QLatin1String("marked as migrated")));
+}
+
+// Writes to a version not migrated yet migrate it first, as a suite program does at its start,
+// and say so; --no-migrate only marks it, so that the next start keeps what was written.
+TEST_F(CliTest, WritesMigrateAVersionFirst) {
+  const QByteArray earlier = "[24.3_pro]\nGeneral\\Show_tips=No\nGeneral\\Show_welcome_screen=No\n";
+  const QByteArray premature = "[25.1_pro]\nGeneral\\A=1\nGeneral\\B=2\n";
+  const struct {
+    QByteArray file;
+    QStringList args;
+    const char* note;
+    QStringList after;  // the running main key
+  } cases[] = {
+      {earlier, {"set", "General", "Width", "10"}, "carried 1 value forward from 24.3_pro (version 24.3)",
+       {"General/Show_tips=No", "General/Width=10", "Registry_version=27"}},
+      {earlier, {"import", "-", "--no-migrate"}, "marked it as migrated without migrating (--no-migrate)",
+       {"General/Width=10", "Registry_version=27"}},
+      {premature, {"clear", "General"}, "removed the 2 values it held from before its first migration", {"Registry_version=27"}},
+      {premature, {"unset", "General", "A", "--no-migrate"}, "without migrating", {"General/B=2", "Registry_version=27"}},
+      {"", {"set", "General", "Width", "10"}, "", {"General/Width=10", "Registry_version=27"}},  // nothing to tell
+      {earlier, {"set", "General", "Width", "10", "--main-key", "23.4_pro"}, "", {}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(text(c.args));
+    write_profile_file(c.file);
+    const tool_result r = run(c.args, {}, "{\"cfgq_export\": 1, \"settings\": {\"General\": {\"Width\": 10}}}");
+    EXPECT_EQ(r.status, 0);
+    EXPECT_TRUE(*c.note ? r.err.startsWith(QLatin1String("cfgq: note: 25.1_pro was not migrated yet; ")) &&
+                              r.err.contains(QLatin1String(c.note)) && r.err.count('\n') == 1
+                        : r.err.isEmpty()) << text(r.err);
+    EXPECT_EQ(listing(QStringLiteral("25.1_pro")), c.after);
+    if (!c.after.isEmpty()) { EXPECT_EQ(run({"set", "General", "k", "v"}).err, ""); }  // once
+  }
+}
+
+// Near the size limit a write that would not fit is refused and changes nothing; one that
+// replaces a large value fits. check gives the same room.
+TEST_F(CliTest, WritesPastTheSizeLimitAreRefused) {
+  write_profile_file("[25.1_pro]\nRegistry_version=27\nGeneral\\Big=" + QByteArray(9'500'000, 'x') + "\n");
+  const QString value = home() + QStringLiteral("/value");
+  write_file(value, QByteArray(600'000, 'y'));
+  const QByteArray json = "{\"cfgq_export\": 1, \"section\": \"Setup\", \"settings\": {\"a\": \"" +
+                          QByteArray(300'000, 'z') + "\", \"b\": [\"" + QByteArray(300'000, 'z') + "\", \"\"]}}";
+  const QByteArray before = profile_bytes();
+  const QString room = QStringLiteral("Room left: %1 bytes").arg(QLocale(QLocale::English).toString(10'000'000 - before.size()));
+  for (const QStringList& args : {QStringList{"set", "General", "Blob", "--value-file", value}, QStringList{"import", "-"}}) {
+    const tool_result r = run(args, {}, json);
+    EXPECT_EQ(r.status, 3);
+    EXPECT_TRUE(r.err.contains(QLatin1String("would grow to 10,10")) && r.err.contains(room)) << text(r.err);
+    EXPECT_EQ(profile_bytes(), before);
+  }
+  EXPECT_TRUE(run({"check"}).out.contains(QStringLiteral("(%1)").arg(room.toLower()))) << text(run({"check"}).out);
+  EXPECT_EQ(run({"set", "General", "Big", "--value-file", value}).status, 0);
+  EXPECT_EQ(raw_value("25.1_pro/General/Big").toString().size(), 600'000);
 }
 
 // The confirmations need a terminal: `script` gives the tool one, fed from a pipe.

@@ -101,7 +101,7 @@ TEST_F(CliWatchCheckTest, CheckReportsEachProblemOnOneLineAndChangesNothing) {
       {"no file yet", [] {}, {}},
       {"a private file", [&] { write_profile_file(healthy); }, {}},
       {"a file near the limit", [&] { write_profile_file(big_file(8'500'000)); },
-       {"8,500,000 bytes, 85% of the 10,000,000-byte limit: the next large value would set every setting aside"}},
+       {"8,500,000 bytes, 85% of the 10,000,000-byte limit (room left: 1,500,000 bytes): 'cfgq set' and 'cfgq import' refuse"}},
       {"a file over the limit", [&] { write_profile_file(big_file(10'000'001)); }, {"10,000,001 bytes, over the 10,000,000-byte limit"}},
       {"format errors", [&] { write_profile_file(healthy + "this line lost its equals sign\n"); }, {"format errors: damaged lines are skipped"}},
       {"bytes that are not UTF-8", [&] { write_profile_file(healthy + "General\\Name=caf\xe9\n"); },

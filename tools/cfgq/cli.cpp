@@ -14,6 +14,7 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonParseError>
+#include <QLocale>
 
 #ifndef _WIN32
 #include <fcntl.h>
@@ -24,6 +25,7 @@
 #endif
 
 #include "cfgq_tool.h"
+#include "settings_snapshot.h"
 
 namespace cli {
 namespace {
@@ -106,6 +108,44 @@ QString chosen_main_key(const invocation& call) {
 }
 
 QString settings_file_path() { return cfgq_tool_settings_file(); }
+
+void add_write_options(QCommandLineParser& parser) {
+  add_main_key_option(parser);
+  parser.addOption({QStringLiteral("no-migrate"),
+                    QStringLiteral("On a version not migrated yet, don't carry an earlier "
+                                   "version's settings forward first; only mark it as migrated.")});
+}
+
+// ---- Room in the settings file ---------------------------------------------------------------
+
+QString room_left(qint64 size) {
+  return QStringLiteral("%1 bytes").arg(QLocale(QLocale::English).toString(std::max<qint64>(0, max_file_bytes - size)));
+}
+
+int check_room(const QString& what, const pending_writes& writes) {
+  const QString path = settings_file_path();
+  QByteArray bytes;
+  bool exists = false;
+  QString why;
+  if (!read_file_bytes(path, &bytes, &exists, &why)) return fail(what, QStringLiteral("%1: %2").arg(path, why), exit_failed);
+  // Far from the limit an upper bound of the new lines settles it; near it, a private copy
+  // written by the same writer gives the exact size.
+  qint64 size = bytes.size();
+  for (const auto& [key, value] : writes) size += line_bytes(key, value);
+  if (size <= max_file_bytes) return exit_ok;
+  const qint64 exact = size_after_writes(bytes, writes, &why);
+  if (exact >= 0) size = exact;
+  if (size <= max_file_bytes) return exit_ok;
+  const QLocale english(QLocale::English);
+  return fail(what,
+              QStringLiteral("nothing written: the settings file would grow to %1 bytes, past "
+                             "its limit of %2 bytes, and every program would then set all "
+                             "settings aside at its start. Room left: %3; make room by removing "
+                             "large values ('cfgq show' lists them, 'cfgq unset' and 'cfgq clear' "
+                             "remove them)")
+                  .arg(english.toString(size), english.toString(max_file_bytes), room_left(bytes.size())),
+              exit_failed);
+}
 
 // ---- Writes ----------------------------------------------------------------------------------
 
@@ -364,6 +404,13 @@ QString section_hint(const QString& section, const QString& main_key) {
   QString meant = section;
   meant.replace(0, first.size(), nearest);
   return QStringLiteral(" (did you mean '%1'?)").arg(meant);
+}
+
+bool section_known(const QString& section, const QString& main_key) {
+  for (int key = CFGQ_REGISTRY_KEY::GENERAL; key < CFGQ_REGISTRY_KEY::LAST_SUB_KEY; ++key) {
+    if (section == QLatin1String(section_row(key).sub_key_name)) return true;
+  }
+  return !open_view(main_key, section)->allKeys().isEmpty();
 }
 
 std::unique_ptr<CFGQ_REGISTRY_KEY> open_view(const QString& main_key, const QString& group) {

@@ -9,8 +9,11 @@
 
 #include <QByteArray>
 #include <QCommandLineParser>
+#include <QList>
+#include <QPair>
 #include <QString>
 #include <QStringList>
+#include <QVariant>
 
 #include "cfgq.h"
 #include "cfgq_tool.h"
@@ -95,6 +98,33 @@ std::vector<command> watch_commands();     // watch
 std::vector<command> check_commands();     // check
 std::vector<command> env_commands();       // setenv getenv unsetenv env
 
+// ---- Before a write of the settings file -----------------------------------------------
+
+// Adds --main-key and --no-migrate to a command that writes values.
+void add_write_options(QCommandLineParser& parser);
+
+// Before a command writes the running version's main key: when that key has not been migrated
+// yet, runs the once-per-version migration a suite program runs at its start and says on
+// standard error what it did; with --no-migrate, only writes the current marker, so that the
+// next start of a suite program keeps what the command writes. exit_ok, or the failed write's
+// status. Nothing happens for another main key (--main-key) or a migrated one.
+int migrate_before_write(const invocation& call, const QString& what);
+
+// Values a command is about to write: key paths from the file's root, and values.
+using pending_writes = QList<QPair<QString, QVariant>>;
+
+// exit_ok when the settings file stays within max_file_bytes once `writes` are written; else
+// exit_failed with a line that gives the size it would reach, the room left and how to make
+// room. Near the limit the size is found by writing the file's content and the values into a
+// private copy with the same writer, so the answer is exact.
+int check_room(const QString& what, const pending_writes& writes);
+
+// The room left in the settings file: max_file_bytes less its size, as text ("87,655 bytes").
+QString room_left(qint64 size);
+
+// An upper bound of the bytes one "key=value" line takes in the settings file (commands_recover).
+qint64 line_bytes(const QString& path_in_main_key, const QVariant& value);
+
 // ---- Hidden entries: the manual page and shell completion (manual_and_completion.cpp) ---
 
 // The text of `cfgq help COMMAND`.
@@ -135,6 +165,10 @@ QString nearest_name(const QString& name, const QStringList& candidates);
 // " (did you mean 'General'?)" for a section that holds nothing in `main_key`: the main key's
 // groups and the section table are the candidates. Empty when none is close.
 QString section_hint(const QString& section, const QString& main_key);
+
+// True when `section` (resolved) is one of the section table's group names or a group of
+// `main_key` that holds values: a section a command that writes a file may take.
+bool section_known(const QString& section, const QString& main_key);
 
 // A view at `group` (levels joined by "/", may be empty) below `main_key`.
 std::unique_ptr<CFGQ_REGISTRY_KEY> open_view(const QString& main_key, const QString& group);

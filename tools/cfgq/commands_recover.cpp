@@ -156,10 +156,14 @@ qint64 escaped_value_bytes(const QVariant& value) {
   }
 }
 
+}  // namespace
+
 // Bytes of the line "key=value\n" below `main_key` (its "[main key]" header counted apart).
 qint64 line_bytes(const QString& path_in_main_key, const QVariant& value) {
   return escaped_key_bytes(path_in_main_key) + 1 + escaped_value_bytes(value) + 1;
 }
+
+namespace {
 
 // An upper bound of the live file's size once QSettings has written it again.
 qint64 written_size(CFGQ_REGISTRY_KEY& root, const QString& file_path) {

@@ -316,7 +316,7 @@ void add_set_options(QCommandLineParser& parser) {
   parser.addOption({QStringLiteral("value-file"),
                     QStringLiteral("Take VALUE from FILE (one final line break dropped)."),
                     QStringLiteral("FILE")});
-  add_main_key_option(parser);
+  add_write_options(parser);
 }
 
 // The VALUE of `set`: the argument, standard input for "-", or --value-file's contents. A file
@@ -398,9 +398,12 @@ int run_set(const invocation& call) {
                 exit_usage);
   }
   const QString main_key = chosen_main_key(call);
+  const QString file = settings_file_path();
+  const QString cannot = unwritable_reason(file);
+  if (!cannot.isEmpty()) return fail(what, QStringLiteral("%1: %2").arg(file, cannot), exit_failed);
+  if (const int migrated = migrate_before_write(call, what)) return migrated;
+  if (const int checked = check_room(what, {{main_key + QLatin1Char('/') + place->shown, value}})) return checked;
   auto view = open_view(main_key, place->group);
-  const QString cannot = unwritable_reason(view->fileName());
-  if (!cannot.isEmpty()) return fail(what, QStringLiteral("%1: %2").arg(view->fileName(), cannot), exit_failed);
   const QString section = place->group.section(QLatin1Char('/'), 0, 0);
   if (similar_section(section) != section && open_view(main_key, section)->allKeys().isEmpty()) {
     note(QStringLiteral("note: '%1' is a new section, not one of the suite's%2 (see 'cfgq sections')")
@@ -417,11 +420,14 @@ int run_unset(const invocation& call) {
   if (!place) return status;
   const QString what = QStringLiteral("unset %1").arg(place->shown);
   const QString main_key = chosen_main_key(call);
-  auto view = open_view(main_key, place->group);
   QVariant old;
-  if (!view->get_value(place->name, &old)) return fail(what, absent_why(*place, main_key), exit_absent);
-  const QString cannot = unwritable_reason(view->fileName());
-  if (!cannot.isEmpty()) return fail(what, QStringLiteral("%1: %2").arg(view->fileName(), cannot), exit_failed);
+  if (!open_view(main_key, place->group)->get_value(place->name, &old)) {
+    return fail(what, absent_why(*place, main_key), exit_absent);
+  }
+  const QString cannot = unwritable_reason(settings_file_path());
+  if (!cannot.isEmpty()) return fail(what, QStringLiteral("%1: %2").arg(settings_file_path(), cannot), exit_failed);
+  if (const int migrated = migrate_before_write(call, what)) return migrated;
+  auto view = open_view(main_key, place->group);
   // Removing a name removes the group of that name too; a group that shares the key's name is
   // written back.
   QList<std::pair<QString, QVariant>> group_values;
@@ -474,13 +480,19 @@ int run_clear(const invocation& call) {
   const QString main_key = chosen_main_key(call);
   const QString what = QStringLiteral("clear %1").arg(*section);
   auto view = open_view(main_key, *section);
-  const qsizetype count = view->allKeys().size();
+  qsizetype count = view->allKeys().size();
+  if (count > 0) {
+    const QString cannot = unwritable_reason(view->fileName());
+    if (!cannot.isEmpty()) return fail(what, QStringLiteral("%1: %2").arg(view->fileName(), cannot), exit_failed);
+    view.reset();
+    if (const int migrated = migrate_before_write(call, what)) return migrated;
+    view = open_view(main_key, *section);
+    count = view->allKeys().size();
+  }
   if (count == 0) {
     print(QStringLiteral("Nothing to clear: %1 holds no settings in %2.\n").arg(*section, main_key));
     return exit_ok;
   }
-  const QString cannot = unwritable_reason(view->fileName());
-  if (!cannot.isEmpty()) return fail(what, QStringLiteral("%1: %2").arg(view->fileName(), cannot), exit_failed);
   view->clear_registry_key();
   view.reset();
   if (const int status = check_writes(what); status != exit_ok) return status;
@@ -553,20 +565,26 @@ std::vector<command> store_commands() {
        "VALUE - reads the value from standard input, --value-file FILE from a file (UTF-8; one\n"
        "final line break is dropped). With --json, the value is in the JSON notation of\n"
        "'cfgq export': 640, true, [\"a\",\"b\"], {\"@bytes\": \"AAH/\"}. Put -- before a VALUE\n"
-       "that begins with '-'.",
+       "that begins with '-'.\n"
+       "A value that would take the settings file past its 10,000,000-byte limit is refused\n"
+       "(exit status 3; the message gives the room left). Writes to a version not migrated yet\n"
+       "migrate it first, as a suite program does at its start, and say so on standard error\n"
+       "(set, unset, clear and import alike); --no-migrate only marks it as migrated.",
        add_set_options, run_set},
       {"unset", "SECTION KEY", 2, 2, "remove one value",
        "Removes the value KEY of SECTION (KEY may reach into subgroups with \"/\", as for get);\n"
-       "a subgroup of the same name stays. Exit status 1 when it is not set.",
-       add_main_key_option, run_unset},
+       "a subgroup of the same name stays. Exit status 1 when it is not set. A version not\n"
+       "migrated yet is migrated first (see 'cfgq help set').",
+       add_write_options, run_unset},
       {"keys", "SECTION [--json | -z]", 1, 1, "every key at or below a section",
        "Lists every key at or below SECTION, one per line, subgroups' keys as paths joined by\n"
        "\"/\"; --json prints them as a JSON array, -z ends each with a NUL instead (a key may\n"
        "hold a line break). Exit status 1 when the section holds nothing.",
        add_keys_options, run_keys},
       {"clear", "SECTION", 1, 1, "empty a section",
-       "Removes every value at or below SECTION; other sections stay as they are.",
-       add_main_key_option, run_clear},
+       "Removes every value at or below SECTION; other sections stay as they are. A version\n"
+       "not migrated yet is migrated first (see 'cfgq help set').",
+       add_write_options, run_clear},
       {"sections", "", 0, 0, "the section table and what each section holds",
        "Lists the section table: each enumerator, its group name in the file and how many\n"
        "values the main key holds in it; then any other groups of the main key.",

@@ -197,6 +197,39 @@ int run_reset(const invocation& call) {
 
 }  // namespace
 
+int migrate_before_write(const invocation& call, const QString& what) {
+  const QString main_key = running_main_key();
+  if (chosen_main_key(call) != main_key) return exit_ok;
+  const migration_plan plan = plan_migration(main_key);
+  if (plan.kind == migration_plan::nothing) return exit_ok;
+  const QString first = QStringLiteral("note: %1 was not migrated yet;").arg(main_key);
+  if (call.options.isSet(QStringLiteral("no-migrate"))) {
+    open_view(main_key, QString())->set_value(marker_name, current_marker);
+    if (const int status = check_writes(what); status != exit_ok) return status;
+    note(QStringLiteral("%1 marked it as migrated without migrating (--no-migrate)").arg(first));
+    return exit_ok;
+  }
+  CFGQ_REGISTRY::migrate_registry_settings();
+  if (const int status = check_writes(what); status != exit_ok) return status;
+  switch (plan.kind) {
+    case migration_plan::remove:
+      note(QStringLiteral("%1 migrating it first removed the %2 it held from before its first "
+                          "migration, as a suite program does at its start (--no-migrate keeps "
+                          "them)")
+               .arg(first, count_of(plan.values, "value", "values")));
+      break;
+    case migration_plan::copy:
+      note(QStringLiteral("%1 migrating it first carried %2 forward from %3 (version %4), as a "
+                          "suite program does at its start (--no-migrate skips this)")
+               .arg(first, count_of(state_of(main_key).values, "value", "values"), plan.source,
+                    plan.source_version));
+      break;
+    default:  // nothing to carry forward or remove: only the marker was written
+      break;
+  }
+  return exit_ok;
+}
+
 std::vector<command> version_commands() {
   return {
       {"migrate", "[--dry-run] [--yes]", 0, 0, "carry settings forward from an earlier version",
