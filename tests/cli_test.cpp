@@ -193,6 +193,8 @@ TEST_F(CliTest, ListingsForScripts) {
       {{"show", "--json", "--main-key", "24.3_pro"}, "{\n    \"General\": {\n        \"Show_tips\": \"No\"\n    }\n}\n"},
       {{"show", "General", "--all", "-z"}, "24.3_pro/General/Show_tips\0No\0" "25.1_pro/General/Dialogs/Find\0" "300\0"
        "25.1_pro/General/Show_tips\0Yes\0" "25.1_pro/General/Width\0" "640\0" "25.1_pro/General/two\nlines\0a\nb\0"s},
+      {{"show", "PPLQ", "--flat"}, "Pin_Planner/Filter=all pins\n"},
+      {{"show", "--flat", "--main-key", "24.3_pro"}, "General/Show_tips=No\n"},
       {{"show", "PPLQ", "--all", "--json"}, "{\n    \"25.1_pro\": {\n        \"Filter\": \"all pins\"\n    }\n}\n"},
   };
   for (const auto& c : cases) {

@@ -227,6 +227,17 @@ TEST_F(CliWatchCheckTest, ManualPageRendersEveryCommandOfTheHelp) {
   const tool_result page = run({"--manpage"});
   ASSERT_EQ(page.status, 0);
   EXPECT_EQ(page.out.toUtf8(), read_bytes(QStringLiteral(CFGQ_MANUAL_PAGE))) << "the build's cfgq.1";
+  // Every exit status the manual lists is given by some command, and there are no others.
+  const std::pair<int, QStringList> statuses[] = {
+      {0, {"path"}}, {1, {"get", "General", "x"}}, {2, {"export", "Genral"}}, {3, {"export", "-o", "/nonexistent/x"}}};
+  for (const auto& [status, args] : statuses) {
+    EXPECT_TRUE(page.out.contains(QStringLiteral(".TP\n.B %1\n").arg(status))) << status;
+    EXPECT_EQ(run(args).status, status) << text(args.join(QLatin1Char(' ')));
+  }
+  EXPECT_EQ(page.out.count(QRegularExpression(QStringLiteral("\n\\.B \\d\n"))), 4);
+  for (const char* section : {"ENVIRONMENT", "FILES", "EXIT STATUS", "EXAMPLES", "SEE ALSO"}) {
+    EXPECT_TRUE(page.out.contains(QStringLiteral(".SH %1\n").arg(section))) << section;
+  }
   const QString groff = QStandardPaths::findExecutable(QStringLiteral("groff"));
   if (groff.isEmpty()) GTEST_SKIP() << "no groff to render the page";
   QProcess render;

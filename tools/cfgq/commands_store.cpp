@@ -31,10 +31,11 @@ QString missing_section_why(const QString& section, const QString& main_key) {
 }
 
 // How `show` and `keys` list: a tree (or lines) for people, JSON or NUL-terminated for scripts.
-enum class listing { text, json, nul };
+enum class listing { text, json, nul, flat };
 
 listing listing_of(const invocation& call) {
   if (call.options.isSet(QStringLiteral("json"))) return listing::json;
+  if (call.options.optionNames().contains(QStringLiteral("flat"))) return listing::flat;
   if (call.options.isSet(QStringLiteral("z"))) return listing::nul;
   return listing::text;
 }
@@ -98,12 +99,18 @@ QByteArray nul_value(const QVariant& value) {
   return json_text(value_to_json(value)).toUtf8();
 }
 
-// Every value at or below the view's group as "path\0value\0"; `prefix` goes before each path,
-// and `hidden` paths are left out.
-void print_nul_values(CFGQ_REGISTRY_KEY& view, const QString& prefix, const QStringList& hidden) {
+// Every value at or below the view's group as "path\0value\0", or for --flat as one line
+// "path=value" (the value as `show` gives it, so that it stays on its line); `prefix` goes
+// before each path, and `hidden` paths are left out.
+void print_nul_values(CFGQ_REGISTRY_KEY& view, const QString& prefix, const QStringList& hidden,
+                      listing kind = listing::nul) {
   for (const QString& key : view.allKeys()) {
     if (hidden.contains(key)) continue;
-    print_bytes((prefix + key).toUtf8() + '\0' + nul_value(view.value(key)) + '\0');
+    if (kind == listing::flat) {
+      print(prefix + key + QLatin1Char('=') + value_for_display(view.value(key)) + QLatin1Char('\n'));
+    } else {
+      print_bytes((prefix + key).toUtf8() + '\0' + nul_value(view.value(key)) + '\0');
+    }
   }
 }
 
@@ -123,6 +130,8 @@ void add_show_options(QCommandLineParser& parser) {
   parser.addOption({QStringLiteral("all"), QStringLiteral("Show every main key of the file.")});
   add_listing_options(parser, QStringLiteral("Print the settings as a JSON object in the notation "
                                              "of 'cfgq export'."));
+  parser.addOption({QStringLiteral("flat"),
+                    QStringLiteral("Print one SECTION/KEY=VALUE line per value, for grep and diff.")});
   add_main_key_option(parser);
 }
 
@@ -134,8 +143,8 @@ int show_all(const std::optional<QString>& section, listing kind) {
     print_bytes(group_json(*root, 0) + '\n');
     return exit_ok;
   }
-  if (!section && kind == listing::nul) {
-    print_nul_values(*root, QString(), {});
+  if (!section && (kind == listing::nul || kind == listing::flat)) {
+    print_nul_values(*root, QString(), {}, kind);
     return exit_ok;
   }
   if (root->allKeys().isEmpty() && kind == listing::text) {
@@ -167,7 +176,7 @@ int show_all(const std::optional<QString>& section, listing kind) {
         } else if (kind == listing::json) {
           json += (shown ? ",\n    " : "\n    ") + json_text(main_key).toUtf8() + ": " + group_json(*root, 1);
         } else {
-          print_nul_values(*root, main_key + QLatin1Char('/') + *section + QLatin1Char('/'), {});
+          print_nul_values(*root, main_key + QLatin1Char('/') + *section + QLatin1Char('/'), {}, kind);
         }
         shown = true;
       }
@@ -225,8 +234,8 @@ int run_show(const invocation& call) {
   }
   if (kind == listing::json) {
     print_bytes(group_json(*view, 0, hidden) + '\n');
-  } else if (kind == listing::nul) {
-    print_nul_values(*view, QString(), {hidden});
+  } else if (kind == listing::nul || kind == listing::flat) {
+    print_nul_values(*view, section && kind == listing::flat ? *section + QLatin1Char('/') : QString(), {hidden}, kind);
   } else {
     print(QStringLiteral("[%1]\n").arg(view->group()));
     print_tree(*view, 1, hidden);
@@ -467,6 +476,7 @@ int run_keys(const invocation& call) {
       for (const QString& key : keys) print_bytes(key.toUtf8() + '\0');
       break;
     case listing::text:
+    case listing::flat:  // keys has no --flat
       for (const QString& key : keys) print(key + QLatin1Char('\n'));
       break;
   }
@@ -541,7 +551,7 @@ std::vector<command> store_commands() {
        "the process's temporary file in test and headless runs (then a note on standard error\n"
        "says so: that file is removed when cfgq exits).",
        nullptr, run_path},
-      {"show", "[SECTION] [--all] [--json | -z]", 0, 1, "the settings as a tree (--all: every main key)",
+      {"show", "[SECTION] [--all] [--json | -z | --flat]", 0, 1, "the settings as a tree (--all: every main key)",
        "Shows the running version's settings (or one SECTION of them) as a tree: groups in\n"
        "[brackets], values as 'key = value'. Text is shown as it stands, or quoted when it has\n"
        "blanks at either end or line breaks or could pass for another type (it begins with [, {,\n"
@@ -551,7 +561,9 @@ std::vector<command> store_commands() {
        "says that nothing is stored yet and where the file would be.\n"
        "--json prints the settings as one JSON object in the notation of 'cfgq export'; -z prints\n"
        "each value as its key path, a NUL, the value (text as it stands, others in the export\n"
-       "notation) and a NUL. Exit status 1 when SECTION holds nothing.",
+       "notation) and a NUL; --flat prints one line per value, SECTION/KEY=VALUE (the key as the\n"
+       "file stores it, the value as the tree shows it), for grep and diff; with --all each\n"
+       "line begins with the main key. Exit status 1 when SECTION holds nothing.",
        add_show_options, run_show},
       {"get", "SECTION KEY [--json] [--default TEXT]", 2, 2, "one value (exit status 1 when absent)",
        "Prints one value: text as it stands, a list one item per line, a byte array as its\n"
