@@ -329,6 +329,7 @@ TEST_F(CliTest, AwkwardAndTypedValuesRoundTripThroughSetAndGet) {
   } typed[] = {
       {"[\"a\",\"b, c\"]", "a\nb, c\n"}, {"640", "640\n"}, {"1.5", "1.5\n"}, {"true", "true\n"},
       {"{\"@bytes\":\"AAH/\"}", QByteArray("\x00\x01\xff", 3)}, {"\"007\"", "007\n"},
+      {"9007199254740992", "9007199254740992\n"}, {"\"9007199254740993\"", "9007199254740993\n"},  // beyond 2^53: text
   };
   for (const auto& c : typed) {
     SCOPED_TRACE(c.json);
@@ -416,10 +417,14 @@ TEST_F(CliTest, ResetAndMigrateNeedYesWithoutATerminal) {
   EXPECT_EQ(refused.status, 2);
   EXPECT_EQ(refused.err, "cfgq: reset: standard input is not a terminal; add --yes to confirm\n");
   EXPECT_EQ(profile_bytes(), before);
-  EXPECT_EQ(run({"reset", "--yes"}).out, "Removed 4 values from 25.1_pro; the tools start from their defaults.\n");
+  EXPECT_EQ(run({"reset", "--yes"}).out, "Removed 4 values from 25.1_pro; the tools start from their defaults.\n"
+            "The file as it was is kept as " + profile_file() + ".reset; 'cfgq recover --merge reset' brings the values back.\n");
   EXPECT_EQ(run({"keys", "General"}).status, 1);
   EXPECT_EQ(raw_value("25.1_pro/Registry_version").toString(), "27");
   EXPECT_EQ(raw_value("24.3_pro/General/Show_tips").toString(), "No");
+  EXPECT_TRUE(run({"recover"}).out.contains(profile_file() + ".reset\n"));
+  EXPECT_TRUE(run({"recover", "--merge", "reset"}).out.contains("restored: 4 values\n"));
+  EXPECT_EQ(run({"get", "General", "Dialogs/Find"}).out, "300\n");
 
   // migrate carries an earlier version forward once.
   write_profile_file("[24.3_pro]\nGeneral\\Show_tips=No\nGeneral\\Show_welcome_screen=No\nSetup\\Path=/opt\n");

@@ -20,6 +20,10 @@
 
 namespace cli {
 
+// The copy `reset` keeps beside the settings file, for `recover --merge reset`. A name of the
+// tool's own: the library's set-aside copies end in .large, .corrupt and .format-error.
+constexpr const char* reset_copy_suffix = ".reset";
+
 // Exit statuses; --help and README list the same.
 constexpr int exit_ok = 0;
 constexpr int exit_absent = 1;  // the value, section or file looked up is not there

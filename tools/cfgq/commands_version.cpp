@@ -9,6 +9,7 @@
 #endif
 
 #include "cli.h"
+#include "settings_snapshot.h"
 #include "ver.h"
 
 namespace cli {
@@ -188,10 +189,24 @@ int run_reset(const invocation& call) {
   }
   const QString cannot = unwritable_reason(file);
   if (!cannot.isEmpty()) return fail(call.command, QStringLiteral("%1: %2").arg(file, cannot), exit_failed);
+  // The file as it stands is kept beside it first; a reset of nothing keeps an earlier copy.
+  const QString copy = file + QLatin1String(reset_copy_suffix);
+  if (before.values > 0) {
+    QByteArray bytes;
+    bool exists = false;
+    QString why;
+    if (!read_file_bytes(file, &bytes, &exists, &why) || !write_file_atomically(copy, bytes, &why)) {
+      return fail(call.command, QStringLiteral("%1: %2 (nothing was reset)").arg(copy, why), exit_failed);
+    }
+  }
   CFGQ_REGISTRY::delete_current_settings();
   if (const int status = check_writes(call.command); status != exit_ok) return status;
   print(QStringLiteral("Removed %1 from %2; the tools start from their defaults.\n")
             .arg(count_of(before.values, "value", "values"), main_key));
+  if (before.values > 0) {
+    print(QStringLiteral("The file as it was is kept as %1; 'cfgq recover --merge reset' brings "
+                         "the values back.\n").arg(copy));
+  }
   return exit_ok;
 }
 
@@ -242,8 +257,10 @@ std::vector<command> version_commands() {
        add_migrate_options, run_migrate},
       {"reset", "[--yes]", 0, 0, "remove the running version's settings",
        "Removes every setting of the running version, so that the tools start from their\n"
-       "defaults; a later migrate does not bring the old settings back. Asks for confirmation\n"
-       "on the terminal; without a terminal (a script, a pipe) it needs --yes.",
+       "defaults; a later migrate does not bring the old settings back. The file as it was is\n"
+       "kept beside it with the suffix .reset ('cfgq recover' lists it; 'cfgq recover --merge\n"
+       "reset' brings the values back); a reset of nothing keeps the earlier copy. Asks for\n"
+       "confirmation on the terminal; without a terminal (a script, a pipe) it needs --yes.",
        add_reset_options, run_reset},
   };
 }

@@ -27,13 +27,16 @@ const QString own_value_tag = QStringLiteral("@value");
 // Fixed, so that an export reads back the same under a later Qt.
 constexpr QDataStream::Version variant_stream_version = QDataStream::Qt_6_0;
 
-// Text that Qt writes for a qint64, and that a JSON integer gives back unchanged.
+// Text that Qt writes for a qint64, and that a JSON integer gives back unchanged, in every JSON
+// reader: one beyond 2^53 would lose digits in those that read numbers as doubles, so it stays
+// text (import writes the same text back).
 bool is_integer_text(const QString& text, qint64* number) {
   static const QRegularExpression pattern(QStringLiteral("^-?(0|[1-9][0-9]*)$"));
   if (!pattern.match(text).hasMatch()) return false;
   bool ok = false;
   *number = text.toLongLong(&ok);
-  return ok && QString::number(*number) == text;
+  constexpr qint64 exact = qint64(1) << 53;
+  return ok && *number >= -exact && *number <= exact && QString::number(*number) == text;
 }
 
 // Text that Qt writes for a double with a fractional part. Integral doubles stay text: JSON
