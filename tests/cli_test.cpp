@@ -454,6 +454,27 @@ TEST_F(CliTest, ResetAndMigrateNeedYesWithoutATerminal) {
   EXPECT_TRUE(run({"show"}).out.contains(QLatin1String("marked as migrated")));
 }
 
+// --file works on another file through a private copy: never set aside or changed unless
+// --write is given, and --write refuses a file over the size limit.
+TEST_F(CliTest, FileOptionWorksOnAnotherFile) {
+  const QString large = home() + QStringLiteral("/korvel2.kreg.large"), other = home() + QStringLiteral("/other.kreg");
+  const QByteArray big = "[25.1_pro]\nGeneral\\Width=1\nGeneral\\Big=" + QByteArray(10'000'001, 'x') + "\n";
+  write_file(large, big);
+  write_file(other, "[25.1_pro]\nGeneral\\Width=640\n");
+  expect_rows({
+      {{"--file", large, "get", "General", "Width"}, 0, "1\n"},
+      {{"--file", large, "--write", "set", "General", "Width", "2"}, 3, "over the 10,000,000-byte limit"},
+      {{"--file", other, "set", "General", "Width", "5"}, 2, "cfgq: set: --file opens the file read-only; add --write"},
+      {{"--file", other, "reset", "--yes"}, 2, "cfgq: reset: not with --file"},
+      {{"--file", home() + "/none", "show"}, 1, "no such file"},
+      {{"--write", "show"}, 2, "cfgq: --write: only with --file FILE"},
+      {{"--file", other, "--write", "set", "General", "Width", "5"}, 0, ""},
+      {{"--file=" + other, "show", "--flat"}, 0, "General/Width=5\n"},
+  });
+  EXPECT_EQ(cfgq_test::read_bytes(large), big);
+  EXPECT_EQ(QDir(home()).entryList(QDir::Files), (QStringList{"korvel2.kreg.large", "other.kreg"}));
+}
+
 // Writes to a version not migrated yet migrate it first, as a suite program does at its start,
 // and say so; --no-migrate only marks it, so that the next start keeps what was written.
 TEST_F(CliTest, WritesMigrateAVersionFirst) {

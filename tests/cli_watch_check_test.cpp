@@ -204,7 +204,7 @@ TEST_F(CliWatchCheckTest, CompletionNamesCommandsOptionsSectionsAndKeys) {
     int status;
     QString candidates;
   } cases[] = {
-      {{"w"}, 0, "watch\n"}, {{"-"}, 0, "--help\n--version\n"}, {{"help", "ch"}, 0, "check\n"},
+      {{"w"}, 0, "watch\n"}, {{"-"}, 0, "--file\n--help\n--version\n--write\n"}, {{"--file", "x", "get", "Gen"}, 0, "General\n"}, {{"--file", ""}, 1, ""}, {{"help", "ch"}, 0, "check\n"},
       {{"get", "Gen"}, 0, "General\n"}, {{"keys", "GEN"}, 0, "GENERAL\n"}, {{"get", "Change"}, 0, "Change Manager Window\n"},
       {{"get", "GENERAL", ""}, 0, "Dialogs/Find\nShow_tips\n"}, {{"get", "--main-key", "24.3_pro", "General", ""}, 0, "Old\n"},
       {{"show", "--main-key", ""}, 0, "24.3_pro\n25.1_pro\n"}, {{"watch", "--"}, 0, "--help\n--json\n--main-key\n"},

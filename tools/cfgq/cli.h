@@ -9,6 +9,7 @@
 
 #include <QByteArray>
 #include <QCommandLineParser>
+#include <QSettings>
 #include <QList>
 #include <QPair>
 #include <QString>
@@ -174,8 +175,53 @@ QString section_hint(const QString& section, const QString& main_key);
 // `main_key` that holds values: a section a command that writes a file may take.
 bool section_known(const QString& section, const QString& main_key);
 
-// A view at `group` (levels joined by "/", may be empty) below `main_key`.
-std::unique_ptr<CFGQ_REGISTRY_KEY> open_view(const QString& main_key, const QString& group);
+// The settings a command reads and writes: a library view of the user's settings file, or with
+// --file a plain settings object on a private copy of that file (never a library view, so the
+// file is never set aside, renamed or cleaned up around; with --write the copy goes back to it
+// at the end). The methods are the view's.
+class settings_view {
+ public:
+  explicit settings_view(std::unique_ptr<CFGQ_REGISTRY_KEY> view);
+  explicit settings_view(std::unique_ptr<QSettings> raw);
+  ~settings_view();
+  settings_view(const settings_view&) = delete;
+  settings_view& operator=(const settings_view&) = delete;
+
+  void beginGroup(const QString& group);
+  void endGroup();
+  QString group() const;
+  QString fileName() const;  // the file the user named
+  bool get_value(const QString& name, QVariant* value);  // the group's own keys only
+  void set_value(const QString& name, const QVariant& value);
+  QVariant value(const QString& key) const;
+  bool contains(const QString& key) const;
+  void remove(const QString& key);
+  QStringList allKeys() const;
+  QStringList childKeys() const;
+  QStringList childGroups() const;
+  void clear_registry_key();
+
+ private:
+  std::unique_ptr<CFGQ_REGISTRY_KEY> m_view;
+  std::unique_ptr<QSettings> m_raw;
+};
+
+// A view at `group` (levels joined by "/", may be empty) below `main_key`; open_root at the
+// root of the file.
+std::unique_ptr<settings_view> open_view(const QString& main_key, const QString& group);
+std::unique_ptr<settings_view> open_root();
+
+// ---- --file FILE [--write] -------------------------------------------------------------------
+
+// Makes the commands work on `path` instead of the user's settings file: read from a private
+// copy, and written back (staged, checked, renamed) only when `write` is set. False, with *why
+// and *status, when the file can't be read, or is over the size limit and `write` is set.
+bool use_other_file(const QString& path, bool write, QString* why, int* status);
+// True while --file is in force; *writable says whether --write came with it.
+bool other_file_in_use(bool* writable = nullptr);
+// After a command under --file --write: writes the copy back when the command changed it and
+// it stays within the size limit. exit_ok, or the failure's status after its error line.
+int finish_other_file(const QString& what);
 
 // Splits a KEY argument at its "/" into the subgroup path and the value name, dropping empty
 // levels: "Dialogs//Find/Width" gives ("Dialogs/Find", "Width"). False when no name is left.

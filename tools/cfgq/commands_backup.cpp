@@ -30,7 +30,7 @@ int run_export(const invocation& call) {
   if (const int status = check_settings_file(call.command); status != exit_ok) return status;
   const QString main_key = chosen_main_key(call);
   // A mistyped name would give an empty export, and a good backup would be replaced by it.
-  const QStringList main_keys = CFGQ_REGISTRY_KEY(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr).childGroups();
+  const QStringList main_keys = open_root()->childGroups();
   if (main_key != running_main_key() && !main_keys.contains(main_key)) {
     const QString nearest = nearest_name(main_key, main_keys);
     return fail(call.command,

@@ -161,7 +161,7 @@ void check_permissions(const QString& path, report* out) {
 }
 
 int run_check(const invocation&) {
-  const QString path = cfgq_tool_settings_file();
+  const QString path = settings_file_path();
   report out;
   settings_snapshot snapshot;
   const QFileInfo file(path);

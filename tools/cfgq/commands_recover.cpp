@@ -167,7 +167,7 @@ qint64 line_bytes(const QString& path_in_main_key, const QVariant& value) {
 namespace {
 
 // An upper bound of the live file's size once QSettings has written it again.
-qint64 written_size(CFGQ_REGISTRY_KEY& root, const QString& file_path) {
+qint64 written_size(settings_view& root, const QString& file_path) {
   qint64 bytes = 0;
   for (const QString& key : root.allKeys()) {
     // A top-level group is an INI section: its keys are written without its name.
@@ -245,7 +245,7 @@ int merge_copy(const QString& argument, const QString& main_key) {
   }
   keys.sort();
 
-  auto root = std::make_unique<CFGQ_REGISTRY_KEY>(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr);
+  auto root = open_root();
   qint64 size = written_size(*root, live);
   if (!root->childGroups().contains(main_key)) size += escaped_key_bytes(main_key) + 4;
   root->beginGroup(main_key);

@@ -59,7 +59,7 @@ QString shown_value(const QVariant& value) {
 
 // The view's group as a tree, `depth` levels in; `hidden_key` of the group itself is left out.
 // The walk keeps its place on the heap, so any depth works; indentation stops growing at 32.
-void print_tree(CFGQ_REGISTRY_KEY& view, int depth, const QString& hidden_key = QString()) {
+void print_tree(settings_view& view, int depth, const QString& hidden_key = QString()) {
   auto indent = [](int level) { return QString(std::min(level, 32) * 2, QLatin1Char(' ')); };
   auto print_keys = [&](int level, const QString& hidden) {
     for (const QString& key : view.childKeys()) {
@@ -102,7 +102,7 @@ QByteArray nul_value(const QVariant& value) {
 // Every value at or below the view's group as "path\0value\0", or for --flat as one line
 // "path=value" (the value as `show` gives it, so that it stays on its line); `prefix` goes
 // before each path, and `hidden` paths are left out.
-void print_nul_values(CFGQ_REGISTRY_KEY& view, const QString& prefix, const QStringList& hidden,
+void print_nul_values(settings_view& view, const QString& prefix, const QStringList& hidden,
                       listing kind = listing::nul) {
   for (const QString& key : view.allKeys()) {
     if (hidden.contains(key)) continue;
@@ -136,7 +136,7 @@ void add_show_options(QCommandLineParser& parser) {
 }
 
 int show_all(const std::optional<QString>& section, listing kind) {
-  auto root = std::make_unique<CFGQ_REGISTRY_KEY>(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr);
+  auto root = open_root();
   const QString file = root->fileName();
   const QString running = running_main_key();
   if (!section && kind == listing::json) {
@@ -222,7 +222,7 @@ int run_show(const invocation& call) {
     print(QStringLiteral("No settings are stored yet for %1.\nSettings file: %2%3\n")
               .arg(main_key, file, file_state(file)));
     const QStringList others =
-        CFGQ_REGISTRY_KEY(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr).childGroups();
+        open_root()->childGroups();
     if (view->contains(marker_name)) {
       print(QStringLiteral("(%1 is marked as migrated: 'cfgq migrate' won't fill it again.)\n").arg(main_key));
     } else if (!others.isEmpty()) {

@@ -26,7 +26,7 @@ struct main_key_state {
 
 main_key_state state_of(const QString& main_key) {
   main_key_state state;
-  const auto root = std::make_unique<CFGQ_REGISTRY_KEY>(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr);
+  const auto root = open_root();
   state.present = root->childGroups().contains(main_key);
   root->beginGroup(main_key);
   state.marker = root->value(marker_name);
@@ -214,7 +214,8 @@ int run_reset(const invocation& call) {
 
 int migrate_before_write(const invocation& call, const QString& what) {
   const QString main_key = running_main_key();
-  if (chosen_main_key(call) != main_key) return exit_ok;
+  // Another file (--file) is taken as it is: migration is the user's settings file's matter.
+  if (chosen_main_key(call) != main_key || other_file_in_use()) return exit_ok;
   const migration_plan plan = plan_migration(main_key);
   if (plan.kind == migration_plan::nothing) return exit_ok;
   const QString first = QStringLiteral("note: %1 was not migrated yet;").arg(main_key);

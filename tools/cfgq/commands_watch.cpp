@@ -218,7 +218,7 @@ int run_watch(const invocation& call) {
     if (!section) return fail(call.command, why, exit_usage);
     group += QLatin1Char('/') + *section;
   }
-  const QString path = cfgq_tool_settings_file();
+  const QString path = settings_file_path();
   const stop_on_signals stop;
   if (!stop.installed()) {
     return fail(call.command, QStringLiteral("can't catch SIGINT and SIGTERM"), exit_failed);

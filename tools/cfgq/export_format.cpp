@@ -1,6 +1,8 @@
 // The JSON notation of settings values and groups (see export_format.h).
 #include "export_format.h"
 
+#include "cli.h"
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -246,7 +248,7 @@ QByteArray indented_value(const QJsonValue& json, int level) {
 }
 
 // The members of the view's current group, in QJsonObject's order (by name).
-std::vector<json_member> members_of(CFGQ_REGISTRY_KEY& view, bool has_own_value,
+std::vector<json_member> members_of(settings_view& view, bool has_own_value,
                                     const QString& hidden_key) {
   std::vector<json_member> members;
   if (has_own_value) members.push_back({own_value_tag, QString(), false, true});
@@ -271,7 +273,7 @@ std::vector<json_member> members_of(CFGQ_REGISTRY_KEY& view, bool has_own_value,
 
 }  // namespace
 
-QByteArray group_json(CFGQ_REGISTRY_KEY& view, int indent, const QString& hidden_key) {
+QByteArray group_json(settings_view& view, int indent, const QString& hidden_key) {
   struct level {
     std::vector<json_member> members;
     size_t next = 0;

@@ -249,10 +249,17 @@ int complete(const std::vector<command>& commands, const QStringList& given, hel
     }
     return exit_ok;
   };
-  // Options before the command word belong to the tool.
-  while (!words.isEmpty() && words.first().startsWith(QLatin1Char('-'))) words.removeFirst();
+  // Options before the command word belong to the tool; --file takes a file name.
+  QString path = cfgq_tool_settings_file();
+  while (!words.isEmpty() && words.first().startsWith(QLatin1Char('-'))) {
+    if (words.takeFirst() != QLatin1String("--file")) continue;
+    if (words.isEmpty()) return exit_absent;  // the file name: the shell completes it
+    path = words.takeFirst();
+  }
   if (words.isEmpty()) {
-    if (current.startsWith(QLatin1Char('-'))) return done({QStringLiteral("--help"), QStringLiteral("--version")});
+    if (current.startsWith(QLatin1Char('-'))) {
+      return done({QStringLiteral("--help"), QStringLiteral("--version"), QStringLiteral("--file"), QStringLiteral("--write")});
+    }
     candidates.append(QStringLiteral("help"));
     for (const command& c : commands) candidates.append(QLatin1String(c.name));
     return done(candidates);
@@ -293,7 +300,6 @@ int complete(const std::vector<command>& commands, const QStringList& given, hel
       positional.append(w);
     }
   }
-  const QString path = cfgq_tool_settings_file();
   if (wants_value != nullptr) {
     if (wants_value->names.contains(QStringLiteral("--main-key"))) {
       return done(read_settings(path, QString()).main_keys);
