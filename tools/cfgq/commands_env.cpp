@@ -55,6 +55,46 @@ int check_name(const QString& what, const QString& name) {
               exit_usage);
 }
 
+// Why a login would not get `value` as meant; empty when it would. A "$" starts a reference that
+// the session manager's generator expands: $NAME, ${NAME}, ${NAME:-default}, ${NAME:+text}
+// ("$$" is one dollar sign). A name that begins with a digit is never set, and other forms
+// inside braces expand to nothing, so such text would vanish at login.
+QString unexpandable(const QString& value) {
+#ifdef _WIN32
+  Q_UNUSED(value);
+  return QString();
+#else
+  static const QRegularExpression braced(QStringLiteral("^[A-Za-z_][A-Za-z0-9_]*(:[-+].*)?$"),
+                                         QRegularExpression::DotMatchesEverythingOption);
+  for (qsizetype i = 0; i + 1 < value.size(); ++i) {
+    if (value.at(i) != QLatin1Char('$')) continue;
+    const QChar next = value.at(i + 1);
+    QString reference;
+    if (next == QLatin1Char('$')) {
+      ++i;
+    } else if (next.isDigit()) {
+      reference = value.mid(i, 2);
+    } else if (next == QLatin1Char('{')) {
+      qsizetype depth = 0, end = i + 1;
+      for (; end < value.size(); ++end) {
+        if (value.at(end) == QLatin1Char('{')) ++depth;
+        if (value.at(end) == QLatin1Char('}') && --depth == 0) break;
+      }
+      if (end < value.size() && !braced.match(value.mid(i + 2, end - i - 2)).hasMatch()) {
+        reference = value.mid(i, end - i + 1);
+      }
+    }
+    if (!reference.isEmpty()) {
+      return QStringLiteral("a login would expand '%1' to nothing (references are $NAME, ${NAME}, "
+                            "${NAME:-default} and ${NAME:+text}, a name not starting with a digit); "
+                            "write $$ for a dollar sign")
+          .arg(reference);
+    }
+  }
+  return QString();
+#endif
+}
+
 void add_setenv_options(QCommandLineParser& parser) {
   parser.addOption({QStringLiteral("append"),
                     QStringLiteral("Add VALUE to the end of the list NAME holds.")});
@@ -88,6 +128,7 @@ int run_setenv(const invocation& call) {
   const QString value = call.args.at(1);
   const QString what = QStringLiteral("setenv %1").arg(name);
   if (const int status = check_name(what, name)) return status;
+  if (const QString why = unexpandable(value); !why.isEmpty()) return fail(what, why, exit_usage);
   const cfgq_env_store user = cfgq_tool_env_store(false);
   const cfgq_env_store system = cfgq_tool_env_store(true);
   if (user.path.isEmpty()) return fail(what, user.problem, exit_failed);
@@ -292,7 +333,10 @@ std::vector<command> env_commands() {
        "PATH=${PATH:+${PATH}:}VALUE; XDG_DATA_DIRS and XDG_CONFIG_DIRS keep their defaults when\n"
        "the login has none (${XDG_DATA_DIRS:-/usr/local/share/:/usr/share/}:VALUE), and MANPATH\n"
        "ends in ':' so that the manual's own directories stay. An empty VALUE removes NAME.\n"
-       "VALUE is stored as written: ${NAME} and $NAME stay references, $$ is one dollar sign.",
+       "VALUE is stored as written: ${NAME} and $NAME stay references, $$ is one dollar sign;\n"
+       "tabs, line breaks and other characters come back exactly. A VALUE a login would not get\n"
+       "as written is refused with the reason (exit status 2): '$5' or '${A-b}' expand to\n"
+       "nothing (write $$5 for the text $5).",
        add_setenv_options, run_setenv},
       {"getenv", "NAME [--login]", 1, 1, "what each environment store holds for a variable",
        "Prints the text each store holds for NAME (before expansion) and which store the next\n"
