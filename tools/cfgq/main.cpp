@@ -24,7 +24,8 @@ const char* const tool_description =
 const char* const exit_status_help =
     "Exit status: 0 success; 1 the value, section or file looked up is absent;\n"
     "2 usage error or bad input (unknown command, missing argument, bad JSON);\n"
-    "3 a file could not be read or written. Errors are one line on standard error:\n"
+    "3 a file could not be read or written (or a write would take the settings file past\n"
+    "its size limit). Errors are one line on standard error:\n"
     "\"cfgq: <what failed>: <why>\". Put -- before an argument that begins with '-'.";
 
 std::vector<command> all_commands() {
