@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLocale>
 #include <QProcess>
 #include <QSettings>
 #include <QRect>
@@ -101,6 +102,8 @@ TEST_F(CliTest, UsageErrorsExitTwoWithOneErrorLine) {
       {{"set", "General", "k", "{\"@bytes\": 1}", "--json"}, 2, "@bytes needs base64 text"},
       {{"recover", "--merge", "/nonexistent/copy"}, 2, "cfgq: recover --merge /nonexistent/copy: no such file"},
       {{"setenv", "1X", "v"}, 2, "cfgq: setenv 1X: not a variable name"},
+      {{"setenv", "V", "costs $5"}, 2, "cfgq: setenv V: a login would expand '$5' to nothing"},
+      {{"setenv", "V", "${HOME}/${A-b}"}, 2, "cfgq: setenv V: a login would expand '${A-b}' to nothing"},
       {{"keys", "General", "--main-key", "25.1_pro/General"}, 2, "cfgq: keys: --main-key '25.1_pro/General' is not a main key"},
   });
   EXPECT_FALSE(QFileInfo::exists(profile_file()));
@@ -160,6 +163,11 @@ TEST_F(CliTest, CommandsOnAPopulatedProfile) {
       {{"get", "General", "Colour"}, 1, "cfgq: get General/Colour: not set in 25.1_pro\n"},
       {{"unset", "General", "Dialogs/Find", "--main-key", "24.3_pro"}, 1, "cfgq: unset General/Dialogs/Find: "},
       {{"unset", "GENERAL", "Width"}, 0, ""},
+      // A typo never gives an empty export that replaces a backup.
+      {{"export", "Genral", "-o", "x"}, 2, "cfgq: export: no section 'Genral' in 25.1_pro (did you mean 'General'?)\n"},
+      {{"export", "General/Dialgs", "-o", "x"}, 2, "cfgq: export: no section 'General/Dialgs' in 25.1_pro"},
+      {{"export", "-o", "x", "--main-key", "24.3_pr"}, 2, "holds no main key '24.3_pr' (did you mean '24.3_pro'?)"},
+      {{"export", "Setup"}, 0, "\"section\": \"Setup\""},
   });
   EXPECT_EQ(run({"set", "General", "Dialogs", "a key with the group's name"}).status, 0);
   EXPECT_EQ(run({"unset", "General", "Dialogs"}).status, 0);
@@ -187,6 +195,8 @@ TEST_F(CliTest, ListingsForScripts) {
       {{"show", "--json", "--main-key", "24.3_pro"}, "{\n    \"General\": {\n        \"Show_tips\": \"No\"\n    }\n}\n"},
       {{"show", "General", "--all", "-z"}, "24.3_pro/General/Show_tips\0No\0" "25.1_pro/General/Dialogs/Find\0" "300\0"
        "25.1_pro/General/Show_tips\0Yes\0" "25.1_pro/General/Width\0" "640\0" "25.1_pro/General/two\nlines\0a\nb\0"s},
+      {{"show", "PPLQ", "--flat"}, "Pin_Planner/Filter=all pins\n"},
+      {{"show", "--flat", "--main-key", "24.3_pro"}, "General/Show_tips=No\n"},
       {{"show", "PPLQ", "--all", "--json"}, "{\n    \"25.1_pro\": {\n        \"Filter\": \"all pins\"\n    }\n}\n"},
   };
   for (const auto& c : cases) {
@@ -321,6 +331,7 @@ TEST_F(CliTest, AwkwardAndTypedValuesRoundTripThroughSetAndGet) {
   } typed[] = {
       {"[\"a\",\"b, c\"]", "a\nb, c\n"}, {"640", "640\n"}, {"1.5", "1.5\n"}, {"true", "true\n"},
       {"{\"@bytes\":\"AAH/\"}", QByteArray("\x00\x01\xff", 3)}, {"\"007\"", "007\n"},
+      {"9007199254740992", "9007199254740992\n"}, {"\"9007199254740993\"", "9007199254740993\n"},  // beyond 2^53: text
   };
   for (const auto& c : typed) {
     SCOPED_TRACE(c.json);
@@ -363,7 +374,7 @@ TEST_F(CliTest, ExportClearImportGivesBackTheSameFile) {
 }
 
 TEST_F(CliTest, ImportCountsWhatTheSizeLimitRefused) {
-  write_profile_file("[25.1_pro]\nGeneral\\Huge=old\n");
+  write_profile_file("[25.1_pro]\nRegistry_version=27\nGeneral\\Huge=old\n");
   write_file(home() + QStringLiteral("/big.json"),
              "{\"cfgq_export\": 1, \"section\": \"General\", \"settings\": {\"a\": \"1\", \"b\": [\"x\", \"y\"], "
              "\"Huge\": \"" + QByteArray(10'000'000, 'x') + "\"}}");
@@ -408,10 +419,14 @@ TEST_F(CliTest, ResetAndMigrateNeedYesWithoutATerminal) {
   EXPECT_EQ(refused.status, 2);
   EXPECT_EQ(refused.err, "cfgq: reset: standard input is not a terminal; add --yes to confirm\n");
   EXPECT_EQ(profile_bytes(), before);
-  EXPECT_EQ(run({"reset", "--yes"}).out, "Removed 4 values from 25.1_pro; the tools start from their defaults.\n");
+  EXPECT_EQ(run({"reset", "--yes"}).out, "Removed 4 values from 25.1_pro; the tools start from their defaults.\n"
+            "The file as it was is kept as " + profile_file() + ".reset; 'cfgq recover --merge reset' brings the values back.\n");
   EXPECT_EQ(run({"keys", "General"}).status, 1);
   EXPECT_EQ(raw_value("25.1_pro/Registry_version").toString(), "27");
   EXPECT_EQ(raw_value("24.3_pro/General/Show_tips").toString(), "No");
+  EXPECT_TRUE(run({"recover"}).out.contains(profile_file() + ".reset\n"));
+  EXPECT_TRUE(run({"recover", "--merge", "reset"}).out.contains("restored: 4 values\n"));
+  EXPECT_EQ(run({"get", "General", "Dialogs/Find"}).out, "300\n");
 
   // migrate carries an earlier version forward once.
   write_profile_file("[24.3_pro]\nGeneral\\Show_tips=No\nGeneral\\Show_welcome_screen=No\nSetup\\Path=/opt\n");
@@ -439,6 +454,81 @@ TEST_F(CliTest, ResetAndMigrateNeedYesWithoutATerminal) {
             "Removed the 1 value that 25.1_pro held from before its first migration; the tools "
             "start from their defaults.\n");
   EXPECT_TRUE(run({"show"}).out.contains(QLatin1String("marked as migrated")));
+}
+
+// --file works on another file through a private copy: never set aside or changed unless
+// --write is given, and --write refuses a file over the size limit.
+TEST_F(CliTest, FileOptionWorksOnAnotherFile) {
+  const QString large = home() + QStringLiteral("/korvel2.kreg.large"), other = home() + QStringLiteral("/other.kreg");
+  const QByteArray big = "[25.1_pro]\nGeneral\\Width=1\nGeneral\\Big=" + QByteArray(10'000'001, 'x') + "\n";
+  write_file(large, big);
+  write_file(other, "[25.1_pro]\nGeneral\\Width=640\n");
+  expect_rows({
+      {{"--file", large, "get", "General", "Width"}, 0, "1\n"},
+      {{"--file", large, "--write", "set", "General", "Width", "2"}, 3, "over the 10,000,000-byte limit"},
+      {{"--file", other, "set", "General", "Width", "5"}, 2, "cfgq: set: --file opens the file read-only; add --write"},
+      {{"--file", other, "reset", "--yes"}, 2, "cfgq: reset: not with --file"},
+      {{"--file", home() + "/none", "show"}, 1, "no such file"},
+      {{"--write", "show"}, 2, "cfgq: --write: only with --file FILE"},
+      {{"--file", other, "--write", "set", "General", "Width", "5"}, 0, ""},
+      {{"--file=" + other, "show", "--flat"}, 0, "General/Width=5\n"},
+  });
+  EXPECT_EQ(cfgq_test::read_bytes(large), big);
+  EXPECT_EQ(QDir(home()).entryList(QDir::Files), (QStringList{"korvel2.kreg.large", "other.kreg"}));
+}
+
+// Writes to a version not migrated yet migrate it first, as a suite program does at its start,
+// and say so; --no-migrate only marks it, so that the next start keeps what was written.
+TEST_F(CliTest, WritesMigrateAVersionFirst) {
+  const QByteArray earlier = "[24.3_pro]\nGeneral\\Show_tips=No\nGeneral\\Show_welcome_screen=No\n";
+  const QByteArray premature = "[25.1_pro]\nGeneral\\A=1\nGeneral\\B=2\n";
+  const struct {
+    QByteArray file;
+    QStringList args;
+    const char* note;
+    QStringList after;  // the running main key
+  } cases[] = {
+      {earlier, {"set", "General", "Width", "10"}, "carried 1 value forward from 24.3_pro (version 24.3)",
+       {"General/Show_tips=No", "General/Width=10", "Registry_version=27"}},
+      {earlier, {"import", "-", "--no-migrate"}, "marked it as migrated without migrating (--no-migrate)",
+       {"General/Width=10", "Registry_version=27"}},
+      {premature, {"clear", "General"}, "removed the 2 values it held from before its first migration", {"Registry_version=27"}},
+      {premature, {"unset", "General", "A", "--no-migrate"}, "without migrating", {"General/B=2", "Registry_version=27"}},
+      {"", {"set", "General", "Width", "10"}, "", {"General/Width=10", "Registry_version=27"}},  // nothing to tell
+      {earlier, {"set", "General", "Width", "10", "--main-key", "23.4_pro"}, "", {}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(text(c.args));
+    write_profile_file(c.file);
+    const tool_result r = run(c.args, {}, "{\"cfgq_export\": 1, \"settings\": {\"General\": {\"Width\": 10}}}");
+    EXPECT_EQ(r.status, 0);
+    EXPECT_TRUE(*c.note ? r.err.startsWith(QLatin1String("cfgq: note: 25.1_pro was not migrated yet; ")) &&
+                              r.err.contains(QLatin1String(c.note)) && r.err.count('\n') == 1
+                        : r.err.isEmpty()) << text(r.err);
+    EXPECT_EQ(listing(QStringLiteral("25.1_pro")), c.after);
+    if (!c.after.isEmpty()) { EXPECT_EQ(run({"set", "General", "k", "v"}).err, ""); }  // once
+  }
+}
+
+// Near the size limit a write that would not fit is refused and changes nothing; one that
+// replaces a large value fits. check gives the same room.
+TEST_F(CliTest, WritesPastTheSizeLimitAreRefused) {
+  write_profile_file("[25.1_pro]\nRegistry_version=27\nGeneral\\Big=" + QByteArray(9'500'000, 'x') + "\n");
+  const QString value = home() + QStringLiteral("/value");
+  write_file(value, QByteArray(600'000, 'y'));
+  const QByteArray json = "{\"cfgq_export\": 1, \"section\": \"Setup\", \"settings\": {\"a\": \"" +
+                          QByteArray(300'000, 'z') + "\", \"b\": [\"" + QByteArray(300'000, 'z') + "\", \"\"]}}";
+  const QByteArray before = profile_bytes();
+  const QString room = QStringLiteral("Room left: %1 bytes").arg(QLocale(QLocale::English).toString(10'000'000 - before.size()));
+  for (const QStringList& args : {QStringList{"set", "General", "Blob", "--value-file", value}, QStringList{"import", "-"}}) {
+    const tool_result r = run(args, {}, json);
+    EXPECT_EQ(r.status, 3);
+    EXPECT_TRUE(r.err.contains(QLatin1String("would grow to 10,10")) && r.err.contains(room)) << text(r.err);
+    EXPECT_EQ(profile_bytes(), before);
+  }
+  EXPECT_TRUE(run({"check"}).out.contains(QStringLiteral("(%1)").arg(room.toLower()))) << text(run({"check"}).out);
+  EXPECT_EQ(run({"set", "General", "Big", "--value-file", value}).status, 0);
+  EXPECT_EQ(raw_value("25.1_pro/General/Big").toString().size(), 600'000);
 }
 
 // The confirmations need a terminal: `script` gives the tool one, fed from a pipe.

@@ -108,7 +108,7 @@ TEST_F(CliWatchCheckTest, CheckReportsEachProblemOnOneLineAndChangesNothing) {
       {"no file yet", [] {}, {}},
       {"a private file", [&] { write_profile_file(healthy); }, {}},
       {"a file near the limit", [&] { write_profile_file(big_file(8'500'000)); },
-       {"8,500,000 bytes, 85% of the 10,000,000-byte limit: the next large value would set every setting aside"}},
+       {"8,500,000 bytes, 85% of the 10,000,000-byte limit (room left: 1,500,000 bytes): 'cfgq set' and 'cfgq import' refuse"}},
       {"a file over the limit", [&] { write_profile_file(big_file(10'000'001)); }, {"10,000,001 bytes, over the 10,000,000-byte limit"}},
       {"format errors", [&] { write_profile_file(healthy + "this line lost its equals sign\n"); }, {"format errors: damaged lines are skipped"}},
       {"bytes that are not UTF-8", [&] { write_profile_file(healthy + "General\\Name=caf\xe9\n"); },
@@ -224,7 +224,7 @@ TEST_F(CliWatchCheckTest, CompletionNamesCommandsOptionsSectionsAndKeys) {
     int status;
     QString candidates;
   } cases[] = {
-      {{"w"}, 0, "watch\n"}, {{"-"}, 0, "--help\n--version\n"}, {{"help", "ch"}, 0, "check\n"},
+      {{"w"}, 0, "watch\n"}, {{"-"}, 0, "--file\n--help\n--version\n--write\n"}, {{"--file", "x", "get", "Gen"}, 0, "General\n"}, {{"--file", ""}, 1, ""}, {{"help", "ch"}, 0, "check\n"},
       {{"get", "Gen"}, 0, "General\n"}, {{"keys", "GEN"}, 0, "GENERAL\n"}, {{"get", "Change"}, 0, "Change Manager Window\n"},
       {{"get", "GENERAL", ""}, 0, "Dialogs/Find\nShow_tips\n"}, {{"get", "--main-key", "24.3_pro", "General", ""}, 0, "Old\n"},
       {{"show", "--main-key", ""}, 0, "24.3_pro\n25.1_pro\n"}, {{"watch", "--"}, 0, "--help\n--json\n--main-key\n"},
@@ -247,6 +247,17 @@ TEST_F(CliWatchCheckTest, ManualPageRendersEveryCommandOfTheHelp) {
   const tool_result page = run({"--manpage"});
   ASSERT_EQ(page.status, 0);
   EXPECT_EQ(page.out.toUtf8(), read_bytes(QStringLiteral(CFGQ_MANUAL_PAGE))) << "the build's cfgq.1";
+  // Every exit status the manual lists is given by some command, and there are no others.
+  const std::pair<int, QStringList> statuses[] = {
+      {0, {"path"}}, {1, {"get", "General", "x"}}, {2, {"export", "Genral"}}, {3, {"export", "-o", "/nonexistent/x"}}};
+  for (const auto& [status, args] : statuses) {
+    EXPECT_TRUE(page.out.contains(QStringLiteral(".TP\n.B %1\n").arg(status))) << status;
+    EXPECT_EQ(run(args).status, status) << text(args.join(QLatin1Char(' ')));
+  }
+  EXPECT_EQ(page.out.count(QRegularExpression(QStringLiteral("\n\\.B \\d\n"))), 4);
+  for (const char* section : {"ENVIRONMENT", "FILES", "EXIT STATUS", "EXAMPLES", "SEE ALSO"}) {
+    EXPECT_TRUE(page.out.contains(QStringLiteral(".SH %1\n").arg(section))) << section;
+  }
   const QString groff = QStandardPaths::findExecutable(QStringLiteral("groff"));
   if (groff.isEmpty()) GTEST_SKIP() << "no groff to render the page";
   QProcess render;

@@ -58,9 +58,11 @@ class EnvToolTest : public ::testing::Test {
   // The tool's environment: this process's, on the fresh home, with the machine store beside it.
   QProcessEnvironment tool_environment() const {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const char* name : {"KORVEL_USER_ENV_FILE", "XDG_CONFIG_HOME", "KORVEL_DEBUG", "KORVEL_LIST", "KORVEL_HOME"}) {
+    for (const char* name : {"KORVEL_USER_ENV_FILE", "XDG_CONFIG_HOME", "KORVEL_DEBUG", "KORVEL_LIST", "KORVEL_HOME",
+                             "XDG_DATA_DIRS", "XDG_CONFIG_DIRS", "MANPATH"}) {
       environment.remove(name);
     }
+    environment.insert("LD_LIBRARY_PATH", "/session/lib");  // the shell has it, a login does not
     environment.insert("HOME", home());
     environment.insert("KORVEL_SYSTEM_ENV_FILE", home() + "/system.conf");
     environment.insert("ASAN_OPTIONS", "verify_asan_link_order=0");
@@ -125,7 +127,13 @@ TEST_F(EnvToolTest, LoginSeesWhatTheToolWrote) {
   const std::vector<env_case> cases = {
       {"append extends the login's PATH", std::nullopt,
        {{"setenv", "PATH", "/opt/korvel/bin", "--append"}, {"setenv", "PATH", "/OPT/Korvel/bin", "--append"}},
-       {{"PATH", "$PATH:/opt/korvel/bin"}}, "PATH=\"${PATH}:/opt/korvel/bin\"\n"},
+       {{"PATH", "$PATH:/opt/korvel/bin"}}, "PATH=\"${PATH:+${PATH}:}/opt/korvel/bin\"\n"},
+      {"lists a login lacks: no empty item, defaults kept", std::nullopt,
+       {{"setenv", "LD_LIBRARY_PATH", "/opt/k/lib", "--append"}, {"setenv", "XDG_DATA_DIRS", "/opt/k/share", "--append"},
+        {"setenv", "XDG_CONFIG_DIRS", "/opt/k/etc", "--append"}, {"setenv", "MANPATH", "/opt/k/man", "--append"},
+        {"setenv", "MANPATH", "/opt/k/man", "--append"}, {"setenv", "MANPATH", "/opt/k2/man", "--append"}},
+       {{"LD_LIBRARY_PATH", "/opt/k/lib"}, {"XDG_DATA_DIRS", "/usr/local/share/:/usr/share/:/opt/k/share"},
+        {"XDG_CONFIG_DIRS", "/etc/xdg:/opt/k/etc"}, {"MANPATH", "/opt/k/man:/opt/k2/man:"}}, std::nullopt},
       {"append to a list the session lacks", std::nullopt,
        {{"setenv", "KORVEL_LIST", "/opt/k/lib", "--append"}, {"setenv", "KORVEL_LIST", "/opt/k2/lib", "--append"}},
        {{"KORVEL_LIST", "/opt/k/lib:/opt/k2/lib"}, {"PATH", nullptr}}, std::nullopt},
@@ -133,7 +141,7 @@ TEST_F(EnvToolTest, LoginSeesWhatTheToolWrote) {
        {{"setenv", "KORVEL_HOME", "${HOME}/korvel"}, {"setenv", "KORVEL_PRICE", "5$$"}},
        {{"KORVEL_HOME", "$HOME/korvel"}, {"KORVEL_PRICE", "5$"}}, std::nullopt},
       {"a person's PATH line is extended", "PATH=${PATH}:/home/me/bin\n", {{"setenv", "PATH", "/opt/k/bin", "--append"}},
-       {{"PATH", "$PATH:/home/me/bin:/opt/k/bin"}}, "PATH=\"${PATH}:/home/me/bin:/opt/k/bin\"\n"},
+       {{"PATH", "$PATH:/home/me/bin:/opt/k/bin"}}, "PATH=\"${PATH:+${PATH}:}/home/me/bin:/opt/k/bin\"\n"},
       {"other edits leave it", "PATH=$PATH:/home/me/bin\n", {{"setenv", "KORVEL_HOME", "/opt/k"}, {"unsetenv", "KORVEL_HOME"}},
        {{"PATH", "$PATH:/home/me/bin"}}, "PATH=$PATH:/home/me/bin\n"},
       {"unsetenv gives the login's own back", "PATH=${PATH}:/x\n", {{"unsetenv", "PATH"}}, {{"PATH", nullptr}}, ""},
@@ -188,7 +196,7 @@ TEST_F(EnvToolTest, MessagesSayWhatHappenedAndWhere) {
   } steps[] = {
       {{"setenv", "PATH", "/opt/k", "--append"}, 0,
        "Appended /opt/k to PATH in the user store (@STORE@), after the session's own PATH:\n"
-       "  PATH=${PATH}:/opt/k\nPrograms started after your next login see the change"},
+       "  PATH=${PATH:+${PATH}:}/opt/k\nPrograms started after your next login see the change"},
       {{"setenv", "PATH", "/OPT/K", "--append"}, 0,
        "PATH already holds /OPT/K in the user store (@STORE@) (items are compared ignoring " "case); nothing changed.\n"},
       {{"setenv", "KORVEL_HOME", "/a"}, 0, "Set KORVEL_HOME in the user store (@STORE@):\n"},
@@ -196,10 +204,12 @@ TEST_F(EnvToolTest, MessagesSayWhatHappenedAndWhere) {
        "Replaced KORVEL_HOME in the user store (@STORE@); it was /a, now:\n  KORVEL_HOME=/b\n"},
       {{"getenv", "KORVEL_HOME"}, 0, "user store (@STORE@): /b\nsystem store (@HOME@/system.conf): not set\n"
        "'cfgq setenv KORVEL_HOME' writes the user store.\n"},
-      {{"env"}, 0, "user store (@STORE@):\n  PATH=${PATH}:/opt/k\n  KORVEL_HOME=/b\n"
+      {{"getenv", "PATH", "--login"}, 0, "PATH=/usr/local/bin:/usr/bin:/bin:/opt/k\n"},
+      {{"env"}, 0, "user store (@STORE@):\n  PATH=${PATH:+${PATH}:}/opt/k\n  KORVEL_HOME=/b\n"
                    "system store (@HOME@/system.conf):\n  (none)\n"},
       {{"unsetenv", "KORVEL_HOME"}, 0, "Removed KORVEL_HOME from the user store (@STORE@).\n"},
       {{"getenv", "KORVEL_HOME"}, 1, "user store (@STORE@): not set\n"},
+      {{"getenv", "KORVEL_HOME", "--login"}, 1, ""},
       {{"unsetenv", "KORVEL_HOME"}, 1, "Neither store sets KORVEL_HOME; nothing changed.\n"},
       {{"setenv", "KORVEL_HOME", "/c", "--append"}, 0, "Set KORVEL_HOME in the user store"},
       {{"unsetenv", "PATH"}, 0, "Removed PATH"},

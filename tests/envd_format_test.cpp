@@ -96,4 +96,28 @@ TEST(EnvdFormat, WrittenTextReadsBackUnchanged) {
   }
 }
 
+// A list that extends the login's value is stored in a form without an empty first item, and
+// reads back as the same list; other text stays as it is.
+TEST(EnvdFormat, LoginFormsRoundTrip) {
+  const struct {
+    QByteArray name, list, stored;
+  } rows[] = {
+      {"PATH", "${PATH}:/opt/k/bin", "${PATH:+${PATH}:}/opt/k/bin"},
+      {"LIB", "${LIB};/a;/b", "${LIB:+${LIB};}/a;/b"},
+      {"XDG_DATA_DIRS", "${XDG_DATA_DIRS}:/opt/k", "${XDG_DATA_DIRS:-/usr/local/share/:/usr/share/}:/opt/k"},
+      {"XDG_CONFIG_DIRS", "${XDG_CONFIG_DIRS}:/opt/k", "${XDG_CONFIG_DIRS:-/etc/xdg}:/opt/k"},
+      {"MANPATH", "${MANPATH}:/opt/k/man", "${MANPATH:+${MANPATH}:}/opt/k/man:"},
+      {"PATH", "/only:${PATH}", "/only:${PATH}"},    // no leading reference
+      {"PATH", "${PATH}", "${PATH}"},                // nothing after it
+      {"PATH", "${PATHS}:/x", "${PATHS}:/x"},        // another variable
+      {"PATH", "${PATH}/bin:/x", "${PATH}/bin:/x"},  // no separator after it
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.list.toStdString());
+    EXPECT_EQ(envd::to_login_form(row.name, row.list), row.stored);
+    EXPECT_EQ(envd::from_login_form(row.name, row.stored), row.list);
+  }
+  EXPECT_EQ(envd::from_login_form("MANPATH", "${MANPATH}:/a:"), "${MANPATH}:/a");  // written by hand
+}
+
 }  // namespace

@@ -265,4 +265,56 @@ std::optional<QByteArray> edited(const QByteArray& old_bytes, const parsed_file&
   return bytes;
 }
 
+// ---- Login forms -------------------------------------------------------------------------
+
+namespace {
+
+QByteArray reference(const QByteArray& name) { return "${" + name + "}"; }
+
+bool is_separator(char c) { return c == ':' || c == ';'; }
+
+}  // namespace
+
+QByteArray login_default(const QByteArray& name) {
+  // The base-directory conventions' defaults.
+  if (name == "XDG_DATA_DIRS") return "/usr/local/share/:/usr/share/";
+  if (name == "XDG_CONFIG_DIRS") return "/etc/xdg";
+  return QByteArray();
+}
+
+bool extends_login_value(const QByteArray& name) {
+  return !login_default(name).isEmpty() || name == "MANPATH";
+}
+
+QByteArray to_login_form(const QByteArray& name, const QByteArray& text) {
+  const QByteArray plain = reference(name);
+  if (!text.startsWith(plain) || text.size() < plain.size() + 2 || !is_separator(text.at(plain.size()))) {
+    return text;
+  }
+  const char separator = text.at(plain.size());
+  QByteArray items = text.mid(plain.size() + 1);
+  if (name == "MANPATH" && !items.endsWith(separator)) items += separator;
+  const QByteArray fallback = login_default(name);
+  if (!fallback.isEmpty()) return "${" + name + ":-" + fallback + "}" + separator + items;
+  return "${" + name + ":+" + plain + separator + "}" + items;
+}
+
+QByteArray from_login_form(const QByteArray& name, const QByteArray& text) {
+  const QByteArray plus = "${" + name + ":+" + reference(name);
+  const QByteArray fallback = "${" + name + ":-" + login_default(name) + "}";
+  QByteArray list;
+  if (text.startsWith(plus) && text.size() > plus.size() + 1 && is_separator(text.at(plus.size())) &&
+      text.at(plus.size() + 1) == '}') {
+    list = reference(name) + text.at(plus.size()) + text.mid(plus.size() + 2);
+  } else if (!login_default(name).isEmpty() && text.startsWith(fallback)) {
+    list = reference(name) + text.mid(fallback.size());
+  } else if (text.startsWith(reference(name))) {
+    list = text;
+  } else {
+    return text;
+  }
+  if (name == "MANPATH" && list.size() > reference(name).size() + 1 && is_separator(list.back())) list.chop(1);
+  return list;
+}
+
 }  // namespace envd

@@ -92,4 +92,26 @@ QByteArray assignment_line(const QByteArray& name, const QByteArray& text);
 std::optional<QByteArray> edited(const QByteArray& old_bytes, const parsed_file& old_file,
                                  const QByteArray& name, const QByteArray* line);
 
+// ---- Login forms -------------------------------------------------------------------------
+// A list that extends the login's own value of NAME is "${NAME}" joined with items by a one-
+// character separator, as the list logic sees it. Stored so, it would give a login without NAME
+// an empty first item (the current directory, in a search path), so the stores keep it in a form
+// the generator expands without one:
+//   ${NAME:+${NAME}:}ITEMS                          NAME when the login has it, then the items
+//   ${XDG_DATA_DIRS:-/usr/local/share/:/usr/share/}:ITEMS   the login's default when it has none
+//   ${MANPATH:+${MANPATH}:}ITEMS:                   a final empty item: the manual's defaults stay
+
+// The value a login takes for `name` when it has none (XDG_DATA_DIRS, XDG_CONFIG_DIRS); empty
+// for other names.
+QByteArray login_default(const QByteArray& name);
+// True for the list variables whose login value counts even where this process lacks them:
+// those with a default, and MANPATH.
+bool extends_login_value(const QByteArray& name);
+// `text` as a store keeps it: "${NAME}" followed by a separator becomes its login form; any
+// other text stays as it is.
+QByteArray to_login_form(const QByteArray& name, const QByteArray& text);
+// The list a login form stands for, "${NAME}:ITEMS" (MANPATH's final separator dropped); any
+// other text stays as it is. from_login_form(to_login_form(x)) == x for such lists.
+QByteArray from_login_form(const QByteArray& name, const QByteArray& text);
+
 }  // namespace envd

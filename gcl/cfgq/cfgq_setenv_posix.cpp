@@ -190,9 +190,13 @@ std::optional<QString> store_text(const QString& location, const QString& name) 
 }
 
 QString store_read(const QString& location, const QString& name) {
-  if (const std::optional<QString> text = store_text(location, name)) return *text;
+  // A login form reads as the list it stands for (cfgq_envd_format.h).
+  if (const std::optional<QString> text = store_text(location, name)) {
+    return QString::fromUtf8(envd::from_login_form(name.toUtf8(), text->toUtf8()));
+  }
   const QString user_location = store_location(store::user);
-  const bool session_defines = !qgetenv(name.toLocal8Bit().constData()).isEmpty();
+  const bool session_defines = !qgetenv(name.toLocal8Bit().constData()).isEmpty() ||
+                               envd::extends_login_value(name.toUtf8());
   if (location.isEmpty() || location != user_location || !session_defines ||
       store_text(store_location(store::system), name)) {
     return QString();
@@ -246,7 +250,7 @@ write_result store_write(const QString& location, const QString& name, const QSt
   why = unusable_reason(*old_bytes, old_file);
   if (!why.isEmpty()) return failed(why);
 
-  const QByteArray value = text.toUtf8();
+  const QByteArray value = envd::to_login_form(name_bytes, text.toUtf8());
   const QByteArray line = envd::assignment_line(name_bytes, value);
   const std::optional<QByteArray> new_bytes =
       envd::edited(*old_bytes, old_file, name_bytes, text.isEmpty() ? nullptr : &line);

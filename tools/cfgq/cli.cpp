@@ -14,6 +14,8 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonParseError>
+#include <QTemporaryDir>
+#include <QLocale>
 
 #ifndef _WIN32
 #include <fcntl.h>
@@ -24,6 +26,7 @@
 #endif
 
 #include "cfgq_tool.h"
+#include "settings_snapshot.h"
 
 namespace cli {
 namespace {
@@ -38,6 +41,20 @@ struct section_table : CFGQ_REGISTRY_KEY {
 const CFGQ_REGISTRY_KEY::ENUMERATED_SUB_KEY_NAME& section_row(int key) {
   return section_table::DEFAULT_SUB_KEYS[key];
 }
+
+namespace {
+
+// The file --file names, and the private copy the commands work on.
+struct other_file {
+  QString path;
+  bool write = false;
+  std::unique_ptr<QTemporaryDir> directory;
+  QString copy;
+  QByteArray bytes;  // the file's bytes when it was read
+};
+std::optional<other_file> other;
+
+}  // namespace
 
 namespace {
 
@@ -105,7 +122,45 @@ QString chosen_main_key(const invocation& call) {
   return running_main_key();
 }
 
-QString settings_file_path() { return cfgq_tool_settings_file(); }
+QString settings_file_path() { return other ? other->path : cfgq_tool_settings_file(); }
+
+void add_write_options(QCommandLineParser& parser) {
+  add_main_key_option(parser);
+  parser.addOption({QStringLiteral("no-migrate"),
+                    QStringLiteral("On a version not migrated yet, don't carry an earlier "
+                                   "version's settings forward first; only mark it as migrated.")});
+}
+
+// ---- Room in the settings file ---------------------------------------------------------------
+
+QString room_left(qint64 size) {
+  return QStringLiteral("%1 bytes").arg(QLocale(QLocale::English).toString(std::max<qint64>(0, max_file_bytes - size)));
+}
+
+int check_room(const QString& what, const pending_writes& writes) {
+  const QString path = settings_file_path();
+  QByteArray bytes;
+  bool exists = false;
+  QString why;
+  if (!read_file_bytes(path, &bytes, &exists, &why)) return fail(what, QStringLiteral("%1: %2").arg(path, why), exit_failed);
+  // Far from the limit an upper bound of the new lines settles it; near it, a private copy
+  // written by the same writer gives the exact size.
+  qint64 size = bytes.size();
+  for (const auto& [key, value] : writes) size += line_bytes(key, value);
+  if (size <= max_file_bytes) return exit_ok;
+  const qint64 exact = size_after_writes(bytes, writes, &why);
+  if (exact >= 0) size = exact;
+  if (size <= max_file_bytes) return exit_ok;
+  const QLocale english(QLocale::English);
+  return fail(what,
+              QStringLiteral("nothing written: the settings file would grow to %1 bytes, past "
+                             "its limit of %2 bytes, and every program would then set all "
+                             "settings aside at its start. Room left: %3; make room by removing "
+                             "large values ('cfgq show' lists them, 'cfgq unset' and 'cfgq clear' "
+                             "remove them)")
+                  .arg(english.toString(size), english.toString(max_file_bytes), room_left(bytes.size())),
+              exit_failed);
+}
 
 // ---- Writes ----------------------------------------------------------------------------------
 
@@ -366,11 +421,114 @@ QString section_hint(const QString& section, const QString& main_key) {
   return QStringLiteral(" (did you mean '%1'?)").arg(meant);
 }
 
-std::unique_ptr<CFGQ_REGISTRY_KEY> open_view(const QString& main_key, const QString& group) {
-  auto view = std::make_unique<CFGQ_REGISTRY_KEY>(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr);
+bool section_known(const QString& section, const QString& main_key) {
+  for (int key = CFGQ_REGISTRY_KEY::GENERAL; key < CFGQ_REGISTRY_KEY::LAST_SUB_KEY; ++key) {
+    if (section == QLatin1String(section_row(key).sub_key_name)) return true;
+  }
+  return !open_view(main_key, section)->allKeys().isEmpty();
+}
+
+// ---- Views, and --file ------------------------------------------------------------------------
+
+
+settings_view::settings_view(std::unique_ptr<CFGQ_REGISTRY_KEY> view) : m_view(std::move(view)) {}
+settings_view::settings_view(std::unique_ptr<QSettings> raw) : m_raw(std::move(raw)) {}
+settings_view::~settings_view() {
+  if (m_raw) m_raw->sync();
+}
+
+void settings_view::beginGroup(const QString& group) { m_view ? m_view->beginGroup(group) : m_raw->beginGroup(group); }
+void settings_view::endGroup() { m_view ? m_view->endGroup() : m_raw->endGroup(); }
+QString settings_view::group() const { return m_view ? m_view->group() : m_raw->group(); }
+QString settings_view::fileName() const { return m_view ? m_view->fileName() : other->path; }
+
+bool settings_view::get_value(const QString& name, QVariant* value) {
+  if (m_view) return m_view->get_value(name, value);
+  if (name.contains(QLatin1Char('/')) || !m_raw->childKeys().contains(name)) return false;
+  *value = m_raw->value(name);
+  return true;
+}
+
+void settings_view::set_value(const QString& name, const QVariant& value) {
+  if (m_view) {
+    m_view->set_value(name, value);
+  } else if (value.toString().size() < max_value_utf16_units) {  // the library's limit
+    m_raw->setValue(name, value);
+  }
+}
+
+QVariant settings_view::value(const QString& key) const { return m_view ? m_view->value(key) : m_raw->value(key); }
+bool settings_view::contains(const QString& key) const { return m_view ? m_view->contains(key) : m_raw->contains(key); }
+void settings_view::remove(const QString& key) { m_view ? m_view->remove(key) : m_raw->remove(key); }
+QStringList settings_view::allKeys() const { return m_view ? m_view->allKeys() : m_raw->allKeys(); }
+QStringList settings_view::childKeys() const { return m_view ? m_view->childKeys() : m_raw->childKeys(); }
+QStringList settings_view::childGroups() const { return m_view ? m_view->childGroups() : m_raw->childGroups(); }
+void settings_view::clear_registry_key() { m_view ? m_view->clear_registry_key() : m_raw->remove(QString()); }
+
+std::unique_ptr<settings_view> open_root() {
+  if (other) return std::make_unique<settings_view>(std::make_unique<QSettings>(other->copy, QSettings::IniFormat));
+  return std::make_unique<settings_view>(
+      std::make_unique<CFGQ_REGISTRY_KEY>(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr));
+}
+
+std::unique_ptr<settings_view> open_view(const QString& main_key, const QString& group) {
+  auto view = open_root();
   view->beginGroup(main_key);
   if (!group.isEmpty()) view->beginGroup(group);
   return view;
+}
+
+bool use_other_file(const QString& path, bool write, QString* why, int* status) {
+  other_file file;
+  file.path = QFileInfo(path).absoluteFilePath();
+  file.write = write;
+  bool exists = false;
+  *status = exit_failed;
+  if (!read_file_bytes(file.path, &file.bytes, &exists, why)) return false;
+  if (!exists && !write) {
+    *why = QStringLiteral("no such file");
+    *status = exit_absent;
+    return false;
+  }
+  if (write && file.bytes.size() > max_file_bytes) {
+    *why = QStringLiteral("%1 bytes, over the %2-byte limit: no program would load what --write "
+                          "writes (read it without --write, or 'cfgq recover --merge' it)")
+               .arg(QLocale(QLocale::English).toString(file.bytes.size()),
+                    QLocale(QLocale::English).toString(max_file_bytes));
+    return false;
+  }
+  file.directory = std::make_unique<QTemporaryDir>(QDir::tempPath() + QStringLiteral("/cfgq-file-XXXXXX"));
+  file.copy = file.directory->filePath(QStringLiteral("settings.ini"));
+  QFile copy(file.copy);
+  if (!file.directory->isValid() || !copy.open(QIODevice::WriteOnly) || copy.write(file.bytes) != file.bytes.size() ||
+      !copy.flush()) {
+    *why = QStringLiteral("no private copy could be made to read it: %1").arg(copy.errorString());
+    return false;
+  }
+  other = std::move(file);
+  return true;
+}
+
+bool other_file_in_use(bool* writable) {
+  if (writable != nullptr) *writable = other && other->write;
+  return other.has_value();
+}
+
+int finish_other_file(const QString& what) {
+  if (!other || !other->write) return exit_ok;
+  QByteArray bytes;
+  bool exists = false;
+  QString why;
+  if (!read_file_bytes(other->copy, &bytes, &exists, &why)) return fail(what, QStringLiteral("%1: %2").arg(other->copy, why), exit_failed);
+  if (bytes == other->bytes) return exit_ok;
+  if (bytes.size() > max_file_bytes) {
+    return fail(what, QStringLiteral("%1: nothing written: it would grow to %2 bytes, past its limit of %3 bytes")
+                          .arg(other->path, QLocale(QLocale::English).toString(bytes.size()),
+                               QLocale(QLocale::English).toString(max_file_bytes)),
+                exit_failed);
+  }
+  if (!write_file_atomically(other->path, bytes, &why)) return fail(what, QStringLiteral("%1: %2").arg(other->path, why), exit_failed);
+  return exit_ok;
 }
 
 bool split_key(const QString& key, QString* subgroup, QString* name) {

@@ -9,13 +9,21 @@
 
 #include <QByteArray>
 #include <QCommandLineParser>
+#include <QSettings>
+#include <QList>
+#include <QPair>
 #include <QString>
 #include <QStringList>
+#include <QVariant>
 
 #include "cfgq.h"
 #include "cfgq_tool.h"
 
 namespace cli {
+
+// The copy `reset` keeps beside the settings file, for `recover --merge reset`. A name of the
+// tool's own: the library's set-aside copies end in .large, .corrupt and .format-error.
+constexpr const char* reset_copy_suffix = ".reset";
 
 // Exit statuses; --help and README list the same.
 constexpr int exit_ok = 0;
@@ -95,6 +103,33 @@ std::vector<command> watch_commands();     // watch
 std::vector<command> check_commands();     // check
 std::vector<command> env_commands();       // setenv getenv unsetenv env
 
+// ---- Before a write of the settings file -----------------------------------------------
+
+// Adds --main-key and --no-migrate to a command that writes values.
+void add_write_options(QCommandLineParser& parser);
+
+// Before a command writes the running version's main key: when that key has not been migrated
+// yet, runs the once-per-version migration a suite program runs at its start and says on
+// standard error what it did; with --no-migrate, only writes the current marker, so that the
+// next start of a suite program keeps what the command writes. exit_ok, or the failed write's
+// status. Nothing happens for another main key (--main-key) or a migrated one.
+int migrate_before_write(const invocation& call, const QString& what);
+
+// Values a command is about to write: key paths from the file's root, and values.
+using pending_writes = QList<QPair<QString, QVariant>>;
+
+// exit_ok when the settings file stays within max_file_bytes once `writes` are written; else
+// exit_failed with a line that gives the size it would reach, the room left and how to make
+// room. Near the limit the size is found by writing the file's content and the values into a
+// private copy with the same writer, so the answer is exact.
+int check_room(const QString& what, const pending_writes& writes);
+
+// The room left in the settings file: max_file_bytes less its size, as text ("87,655 bytes").
+QString room_left(qint64 size);
+
+// An upper bound of the bytes one "key=value" line takes in the settings file (commands_recover).
+qint64 line_bytes(const QString& path_in_main_key, const QVariant& value);
+
 // ---- Hidden entries: the manual page and shell completion (manual_and_completion.cpp) ---
 
 // The text of `cfgq help COMMAND`.
@@ -136,8 +171,57 @@ QString nearest_name(const QString& name, const QStringList& candidates);
 // groups and the section table are the candidates. Empty when none is close.
 QString section_hint(const QString& section, const QString& main_key);
 
-// A view at `group` (levels joined by "/", may be empty) below `main_key`.
-std::unique_ptr<CFGQ_REGISTRY_KEY> open_view(const QString& main_key, const QString& group);
+// True when `section` (resolved) is one of the section table's group names or a group of
+// `main_key` that holds values: a section a command that writes a file may take.
+bool section_known(const QString& section, const QString& main_key);
+
+// The settings a command reads and writes: a library view of the user's settings file, or with
+// --file a plain settings object on a private copy of that file (never a library view, so the
+// file is never set aside, renamed or cleaned up around; with --write the copy goes back to it
+// at the end). The methods are the view's.
+class settings_view {
+ public:
+  explicit settings_view(std::unique_ptr<CFGQ_REGISTRY_KEY> view);
+  explicit settings_view(std::unique_ptr<QSettings> raw);
+  ~settings_view();
+  settings_view(const settings_view&) = delete;
+  settings_view& operator=(const settings_view&) = delete;
+
+  void beginGroup(const QString& group);
+  void endGroup();
+  QString group() const;
+  QString fileName() const;  // the file the user named
+  bool get_value(const QString& name, QVariant* value);  // the group's own keys only
+  void set_value(const QString& name, const QVariant& value);
+  QVariant value(const QString& key) const;
+  bool contains(const QString& key) const;
+  void remove(const QString& key);
+  QStringList allKeys() const;
+  QStringList childKeys() const;
+  QStringList childGroups() const;
+  void clear_registry_key();
+
+ private:
+  std::unique_ptr<CFGQ_REGISTRY_KEY> m_view;
+  std::unique_ptr<QSettings> m_raw;
+};
+
+// A view at `group` (levels joined by "/", may be empty) below `main_key`; open_root at the
+// root of the file.
+std::unique_ptr<settings_view> open_view(const QString& main_key, const QString& group);
+std::unique_ptr<settings_view> open_root();
+
+// ---- --file FILE [--write] -------------------------------------------------------------------
+
+// Makes the commands work on `path` instead of the user's settings file: read from a private
+// copy, and written back (staged, checked, renamed) only when `write` is set. False, with *why
+// and *status, when the file can't be read, or is over the size limit and `write` is set.
+bool use_other_file(const QString& path, bool write, QString* why, int* status);
+// True while --file is in force; *writable says whether --write came with it.
+bool other_file_in_use(bool* writable = nullptr);
+// After a command under --file --write: writes the copy back when the command changed it and
+// it stays within the size limit. exit_ok, or the failure's status after its error line.
+int finish_other_file(const QString& what);
 
 // Splits a KEY argument at its "/" into the subgroup path and the value name, dropping empty
 // levels: "Dialogs//Find/Width" gives ("Dialogs/Find", "Width"). False when no name is left.

@@ -29,6 +29,23 @@ int run_export(const invocation& call) {
   }
   if (const int status = check_settings_file(call.command); status != exit_ok) return status;
   const QString main_key = chosen_main_key(call);
+  // A mistyped name would give an empty export, and a good backup would be replaced by it.
+  const QStringList main_keys = open_root()->childGroups();
+  if (main_key != running_main_key() && !main_keys.contains(main_key)) {
+    const QString nearest = nearest_name(main_key, main_keys);
+    return fail(call.command,
+                QStringLiteral("the settings file holds no main key '%1'%2 (see 'cfgq show --all')")
+                    .arg(main_key, nearest.isEmpty() ? QString() : QStringLiteral(" (did you mean '%1'?)").arg(nearest)),
+                exit_usage);
+  }
+  if (section && !section_known(*section, main_key)) {
+    return fail(call.command,
+                QStringLiteral("no section '%1' in %2%3")
+                    .arg(*section, main_key, section_hint(*section, main_key).isEmpty()
+                                                 ? QStringLiteral(" (see 'cfgq sections')")
+                                                 : section_hint(*section, main_key)),
+                exit_usage);
+  }
   auto view = open_view(main_key, section.value_or(QString()));
   // Laid out as QJsonDocument's indented form; the settings are written by a walk that any
   // depth of groups leaves intact.
@@ -133,22 +150,25 @@ int run_import(const invocation& call) {
   if (!group_from_json(settings, &entries, &why)) return fail(what, why, exit_usage);
 
   const QString main_key = chosen_main_key(call);
-  auto view = open_view(main_key, target);
-  const QString cannot = unwritable_reason(view->fileName());
-  if (!cannot.isEmpty()) {
-    return fail(what, QStringLiteral("%1: %2").arg(view->fileName(), cannot), exit_failed);
-  }
-  qsizetype written = 0;
+  const QString file = settings_file_path();
+  const QString cannot = unwritable_reason(file);
+  if (!cannot.isEmpty()) return fail(what, QStringLiteral("%1: %2").arg(file, cannot), exit_failed);
+  // The library keeps the old value of one it refuses; say which ones those were.
   QStringList refused;
+  pending_writes writes;
+  const QString prefix = target.isEmpty() ? main_key + QLatin1Char('/') : main_key + QLatin1Char('/') + target + QLatin1Char('/');
   for (const settings_entry& entry : entries) {
-    // The library keeps the old value of one it refuses; say which ones those were.
     if (entry.value.toString().size() >= max_value_utf16_units) {
       refused.append(entry.path);
-      continue;
+    } else {
+      writes.append({prefix + entry.path, entry.value});
     }
-    view->set_value(entry.path, entry.value);
-    ++written;
   }
+  if (const int migrated = migrate_before_write(call, what)) return migrated;
+  if (const int checked = check_room(what, writes)) return checked;
+  auto view = open_view(main_key, target);
+  for (const auto& [path, value] : writes) view->set_value(path.mid(prefix.size()), value);
+  const qsizetype written = writes.size();
   view.reset();
   if (const int status = check_writes(what); status != exit_ok) return status;
   const QString place = target.isEmpty() ? main_key : main_key + QLatin1Char('/') + target;
@@ -179,7 +199,11 @@ std::vector<command> backup_commands() {
        "boolean (import writes back the same text); string lists are arrays; byte arrays are\n"
        "{\"@bytes\": base64}; other typed values are {\"@variant\": base64 of their QDataStream\n"
        "form}; an empty list reads back as null. A member name beginning with \"@\" gets one more\n"
-       "\"@\"; \"@value\" inside a group holds a key of the same name as that group.",
+       "\"@\"; \"@value\" inside a group holds a key of the same name as that group.\n"
+       "A SECTION that is neither in the section table nor holds values, and a --main-key the\n"
+       "file does not hold, are refused (exit status 2), so a typo never replaces a backup;\n"
+       "--output replaces FILE only with the complete export (a temporary file beside it,\n"
+       "every write checked, then renamed over it).",
        add_export_options, run_export},
       {"import", "FILE [SECTION]", 1, 2, "restore settings from a JSON export (merging)",
        "Merges an export (FILE, or - for standard input) into the running version's settings:\n"
@@ -187,8 +211,10 @@ std::vector<command> backup_commands() {
        "its section, or to SECTION when given; from a whole main key's export, SECTION picks one\n"
        "section. Reports how many values were written and which ones the size limit refused\n"
        "(text form of 10,000,000 or more UTF-16 code units). Nothing is written when the file is\n"
-       "not valid JSON or not an export (exit status 2).",
-       add_main_key_option, run_import},
+       "not valid JSON or not an export (exit status 2), nor when the values would take the\n"
+       "settings file past its 10,000,000-byte limit (exit status 3). A version not migrated\n"
+       "yet is migrated first (see 'cfgq help set').",
+       add_write_options, run_import},
   };
 }
 

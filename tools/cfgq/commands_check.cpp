@@ -40,10 +40,10 @@ void check_size(const QString& path, qint64 size, report* out) {
                                       "opens it sets every setting aside as %3.large")
                            .arg(number(size), number(max_file_bytes), QFileInfo(path).fileName()));
   } else if (percent >= warn_percent) {
-    out->finding(path, QStringLiteral("%1 bytes, %2% of the %3-byte limit: the next large value "
-                                      "would set every setting aside (see 'cfgq show' for what "
-                                      "grew)")
-                           .arg(number(size)).arg(percent).arg(number(max_file_bytes)));
+    out->finding(path, QStringLiteral("%1 bytes, %2% of the %3-byte limit (room left: %4): "
+                                      "'cfgq set' and 'cfgq import' refuse what would not fit "
+                                      "(see 'cfgq show' for what grew)")
+                           .arg(number(size)).arg(percent).arg(number(max_file_bytes), room_left(size)));
   }
 }
 
@@ -159,7 +159,7 @@ void check_permissions(const QString& path, report* out) {
 }
 
 int run_check(const invocation&) {
-  const QString path = cfgq_tool_settings_file();
+  const QString path = settings_file_path();
   report out;
   settings_snapshot snapshot;
   const QFileInfo file(path);
@@ -186,10 +186,10 @@ int run_check(const invocation&) {
   if (!snapshot.exists) {
     print(QStringLiteral("%1: healthy (not created yet; no settings stored)\n").arg(path));
   } else {
-    print(QStringLiteral("%1: healthy (%2 bytes, %3% of the %4-byte limit)\n")
+    print(QStringLiteral("%1: healthy (%2 bytes, %3% of the %4-byte limit; room left: %5)\n")
               .arg(path, number(file.size()))
               .arg(file.size() * 100 / max_file_bytes)
-              .arg(number(max_file_bytes)));
+              .arg(number(max_file_bytes), room_left(file.size())));
   }
   return exit_ok;
 }
@@ -204,7 +204,8 @@ std::vector<command> check_commands() {
        "setting aside) or over it, format errors, bytes that are not UTF-8, a lock left by a\n"
        "process that no longer runs or is stopped, set-aside copies waiting for 'cfgq recover',\n"
        "and a file others may read or change (or a directory they may write).\n"
-       "Exit status 0 when all is well (one line says so), 1 when something needs attention.\n"
+       "Exit status 0 when all is well (one line says so, with the room left below the\n"
+       "limit), 1 when something needs attention.\n"
        "It changes nothing and reads the file directly, so it is safe on a damaged file.",
        nullptr, run_check},
   };

@@ -14,9 +14,10 @@
 namespace cli {
 namespace {
 
-// Suffixes of set-aside copies: too large to open, failed to load, read with format errors.
+// Suffixes of set-aside copies: too large to open, failed to load, read with format errors;
+// and the copy `reset` keeps.
 const char* const set_aside_suffixes[] = {cfgq_large_suffix, cfgq_corrupt_suffix,
-                                          cfgq_format_error_suffix};
+                                          cfgq_format_error_suffix, reset_copy_suffix};
 
 // What a raw settings object finds in a set-aside copy. It is not the live file, so the view's
 // size check and recovery don't apply; a copy that makes QSettings throw is reported unreadable.
@@ -156,13 +157,17 @@ qint64 escaped_value_bytes(const QVariant& value) {
   }
 }
 
+}  // namespace
+
 // Bytes of the line "key=value\n" below `main_key` (its "[main key]" header counted apart).
 qint64 line_bytes(const QString& path_in_main_key, const QVariant& value) {
   return escaped_key_bytes(path_in_main_key) + 1 + escaped_value_bytes(value) + 1;
 }
 
+namespace {
+
 // An upper bound of the live file's size once QSettings has written it again.
-qint64 written_size(CFGQ_REGISTRY_KEY& root, const QString& file_path) {
+qint64 written_size(settings_view& root, const QString& file_path) {
   qint64 bytes = 0;
   for (const QString& key : root.allKeys()) {
     // A top-level group is an INI section: its keys are written without its name.
@@ -199,8 +204,8 @@ int list_copies(const QString& live, const QString& main_key) {
     }
   }
   if (!any) {
-    print(QStringLiteral("No set-aside copies beside %1 (none ending in .large, .corrupt or "
-                         ".format-error).\n")
+    print(QStringLiteral("No set-aside copies beside %1 (none ending in .large, .corrupt, "
+                         ".format-error or .reset).\n")
               .arg(live));
   }
   return exit_ok;
@@ -240,7 +245,7 @@ int merge_copy(const QString& argument, const QString& main_key) {
   }
   keys.sort();
 
-  auto root = std::make_unique<CFGQ_REGISTRY_KEY>(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr);
+  auto root = open_root();
   qint64 size = written_size(*root, live);
   if (!root->childGroups().contains(main_key)) size += escaped_key_bytes(main_key) + 4;
   root->beginGroup(main_key);
@@ -292,7 +297,7 @@ int merge_copy(const QString& argument, const QString& main_key) {
 void add_recover_options(QCommandLineParser& parser) {
   parser.addOption({QStringLiteral("merge"),
                     QStringLiteral("Bring the running version's values back from FILE: a path, or "
-                                   "large, corrupt or format-error for the copy beside the file."),
+                                   "large, corrupt, format-error or reset for the copy beside the file."),
                     QStringLiteral("FILE")});
   add_main_key_option(parser);
 }
@@ -311,8 +316,9 @@ std::vector<command> recover_commands() {
   return {
       {"recover", "[--merge FILE]", 0, 0, "list set-aside copies; --merge one back",
        "Lists the copies set aside beside the settings file: \".large\" (the file had grown past\n"
-       "10,000,000 bytes), \".corrupt\" (it failed to load) and \".format-error\" (kept after a\n"
-       "read with format errors), with their size and main keys.\n"
+       "10,000,000 bytes), \".corrupt\" (it failed to load), \".format-error\" (kept after a\n"
+       "read with format errors), and \".reset\" (kept by 'cfgq reset'), with their size and\n"
+       "main keys.\n"
        "With --merge FILE, brings the running version's values from that copy into the live file:\n"
        "values the live file already holds keep their (newer) live value; values the size limit\n"
        "refuses are skipped; and values that would make the live file grow past 10,000,000 bytes\n"

@@ -31,10 +31,11 @@ QString missing_section_why(const QString& section, const QString& main_key) {
 }
 
 // How `show` and `keys` list: a tree (or lines) for people, JSON or NUL-terminated for scripts.
-enum class listing { text, json, nul };
+enum class listing { text, json, nul, flat };
 
 listing listing_of(const invocation& call) {
   if (call.options.isSet(QStringLiteral("json"))) return listing::json;
+  if (call.options.optionNames().contains(QStringLiteral("flat"))) return listing::flat;
   if (call.options.isSet(QStringLiteral("z"))) return listing::nul;
   return listing::text;
 }
@@ -58,7 +59,7 @@ QString shown_value(const QVariant& value) {
 
 // The view's group as a tree, `depth` levels in; `hidden_key` of the group itself is left out.
 // The walk keeps its place on the heap, so any depth works; indentation stops growing at 32.
-void print_tree(CFGQ_REGISTRY_KEY& view, int depth, const QString& hidden_key = QString()) {
+void print_tree(settings_view& view, int depth, const QString& hidden_key = QString()) {
   auto indent = [](int level) { return QString(std::min(level, 32) * 2, QLatin1Char(' ')); };
   auto print_keys = [&](int level, const QString& hidden) {
     for (const QString& key : view.childKeys()) {
@@ -98,12 +99,18 @@ QByteArray nul_value(const QVariant& value) {
   return json_text(value_to_json(value)).toUtf8();
 }
 
-// Every value at or below the view's group as "path\0value\0"; `prefix` goes before each path,
-// and `hidden` paths are left out.
-void print_nul_values(CFGQ_REGISTRY_KEY& view, const QString& prefix, const QStringList& hidden) {
+// Every value at or below the view's group as "path\0value\0", or for --flat as one line
+// "path=value" (the value as `show` gives it, so that it stays on its line); `prefix` goes
+// before each path, and `hidden` paths are left out.
+void print_nul_values(settings_view& view, const QString& prefix, const QStringList& hidden,
+                      listing kind = listing::nul) {
   for (const QString& key : view.allKeys()) {
     if (hidden.contains(key)) continue;
-    print_bytes((prefix + key).toUtf8() + '\0' + nul_value(view.value(key)) + '\0');
+    if (kind == listing::flat) {
+      print(prefix + key + QLatin1Char('=') + value_for_display(view.value(key)) + QLatin1Char('\n'));
+    } else {
+      print_bytes((prefix + key).toUtf8() + '\0' + nul_value(view.value(key)) + '\0');
+    }
   }
 }
 
@@ -123,19 +130,21 @@ void add_show_options(QCommandLineParser& parser) {
   parser.addOption({QStringLiteral("all"), QStringLiteral("Show every main key of the file.")});
   add_listing_options(parser, QStringLiteral("Print the settings as a JSON object in the notation "
                                              "of 'cfgq export'."));
+  parser.addOption({QStringLiteral("flat"),
+                    QStringLiteral("Print one SECTION/KEY=VALUE line per value, for grep and diff.")});
   add_main_key_option(parser);
 }
 
 int show_all(const std::optional<QString>& section, listing kind) {
-  auto root = std::make_unique<CFGQ_REGISTRY_KEY>(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr);
+  auto root = open_root();
   const QString file = root->fileName();
   const QString running = running_main_key();
   if (!section && kind == listing::json) {
     print_bytes(group_json(*root, 0) + '\n');
     return exit_ok;
   }
-  if (!section && kind == listing::nul) {
-    print_nul_values(*root, QString(), {});
+  if (!section && (kind == listing::nul || kind == listing::flat)) {
+    print_nul_values(*root, QString(), {}, kind);
     return exit_ok;
   }
   if (root->allKeys().isEmpty() && kind == listing::text) {
@@ -167,7 +176,7 @@ int show_all(const std::optional<QString>& section, listing kind) {
         } else if (kind == listing::json) {
           json += (shown ? ",\n    " : "\n    ") + json_text(main_key).toUtf8() + ": " + group_json(*root, 1);
         } else {
-          print_nul_values(*root, main_key + QLatin1Char('/') + *section + QLatin1Char('/'), {});
+          print_nul_values(*root, main_key + QLatin1Char('/') + *section + QLatin1Char('/'), {}, kind);
         }
         shown = true;
       }
@@ -213,7 +222,7 @@ int run_show(const invocation& call) {
     print(QStringLiteral("No settings are stored yet for %1.\nSettings file: %2%3\n")
               .arg(main_key, file, file_state(file)));
     const QStringList others =
-        CFGQ_REGISTRY_KEY(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr).childGroups();
+        open_root()->childGroups();
     if (view->contains(marker_name)) {
       print(QStringLiteral("(%1 is marked as migrated: 'cfgq migrate' won't fill it again.)\n").arg(main_key));
     } else if (!others.isEmpty()) {
@@ -225,8 +234,8 @@ int run_show(const invocation& call) {
   }
   if (kind == listing::json) {
     print_bytes(group_json(*view, 0, hidden) + '\n');
-  } else if (kind == listing::nul) {
-    print_nul_values(*view, QString(), {hidden});
+  } else if (kind == listing::nul || kind == listing::flat) {
+    print_nul_values(*view, section && kind == listing::flat ? *section + QLatin1Char('/') : QString(), {hidden}, kind);
   } else {
     print(QStringLiteral("[%1]\n").arg(view->group()));
     print_tree(*view, 1, hidden);
@@ -316,7 +325,7 @@ void add_set_options(QCommandLineParser& parser) {
   parser.addOption({QStringLiteral("value-file"),
                     QStringLiteral("Take VALUE from FILE (one final line break dropped)."),
                     QStringLiteral("FILE")});
-  add_main_key_option(parser);
+  add_write_options(parser);
 }
 
 // The VALUE of `set`: the argument, standard input for "-", or --value-file's contents. A file
@@ -398,9 +407,12 @@ int run_set(const invocation& call) {
                 exit_usage);
   }
   const QString main_key = chosen_main_key(call);
+  const QString file = settings_file_path();
+  const QString cannot = unwritable_reason(file);
+  if (!cannot.isEmpty()) return fail(what, QStringLiteral("%1: %2").arg(file, cannot), exit_failed);
+  if (const int migrated = migrate_before_write(call, what)) return migrated;
+  if (const int checked = check_room(what, {{main_key + QLatin1Char('/') + place->shown, value}})) return checked;
   auto view = open_view(main_key, place->group);
-  const QString cannot = unwritable_reason(view->fileName());
-  if (!cannot.isEmpty()) return fail(what, QStringLiteral("%1: %2").arg(view->fileName(), cannot), exit_failed);
   const QString section = place->group.section(QLatin1Char('/'), 0, 0);
   if (similar_section(section) != section && open_view(main_key, section)->allKeys().isEmpty()) {
     note(QStringLiteral("note: '%1' is a new section, not one of the suite's%2 (see 'cfgq sections')")
@@ -417,11 +429,14 @@ int run_unset(const invocation& call) {
   if (!place) return status;
   const QString what = QStringLiteral("unset %1").arg(place->shown);
   const QString main_key = chosen_main_key(call);
-  auto view = open_view(main_key, place->group);
   QVariant old;
-  if (!view->get_value(place->name, &old)) return fail(what, absent_why(*place, main_key), exit_absent);
-  const QString cannot = unwritable_reason(view->fileName());
-  if (!cannot.isEmpty()) return fail(what, QStringLiteral("%1: %2").arg(view->fileName(), cannot), exit_failed);
+  if (!open_view(main_key, place->group)->get_value(place->name, &old)) {
+    return fail(what, absent_why(*place, main_key), exit_absent);
+  }
+  const QString cannot = unwritable_reason(settings_file_path());
+  if (!cannot.isEmpty()) return fail(what, QStringLiteral("%1: %2").arg(settings_file_path(), cannot), exit_failed);
+  if (const int migrated = migrate_before_write(call, what)) return migrated;
+  auto view = open_view(main_key, place->group);
   // Removing a name removes the group of that name too; a group that shares the key's name is
   // written back.
   QList<std::pair<QString, QVariant>> group_values;
@@ -461,6 +476,7 @@ int run_keys(const invocation& call) {
       for (const QString& key : keys) print_bytes(key.toUtf8() + '\0');
       break;
     case listing::text:
+    case listing::flat:  // keys has no --flat
       for (const QString& key : keys) print(key + QLatin1Char('\n'));
       break;
   }
@@ -474,13 +490,19 @@ int run_clear(const invocation& call) {
   const QString main_key = chosen_main_key(call);
   const QString what = QStringLiteral("clear %1").arg(*section);
   auto view = open_view(main_key, *section);
-  const qsizetype count = view->allKeys().size();
+  qsizetype count = view->allKeys().size();
+  if (count > 0) {
+    const QString cannot = unwritable_reason(view->fileName());
+    if (!cannot.isEmpty()) return fail(what, QStringLiteral("%1: %2").arg(view->fileName(), cannot), exit_failed);
+    view.reset();
+    if (const int migrated = migrate_before_write(call, what)) return migrated;
+    view = open_view(main_key, *section);
+    count = view->allKeys().size();
+  }
   if (count == 0) {
     print(QStringLiteral("Nothing to clear: %1 holds no settings in %2.\n").arg(*section, main_key));
     return exit_ok;
   }
-  const QString cannot = unwritable_reason(view->fileName());
-  if (!cannot.isEmpty()) return fail(what, QStringLiteral("%1: %2").arg(view->fileName(), cannot), exit_failed);
   view->clear_registry_key();
   view.reset();
   if (const int status = check_writes(what); status != exit_ok) return status;
@@ -529,7 +551,7 @@ std::vector<command> store_commands() {
        "the process's temporary file in test and headless runs (then a note on standard error\n"
        "says so: that file is removed when cfgq exits).",
        nullptr, run_path},
-      {"show", "[SECTION] [--all] [--json | -z]", 0, 1, "the settings as a tree (--all: every main key)",
+      {"show", "[SECTION] [--all] [--json | -z | --flat]", 0, 1, "the settings as a tree (--all: every main key)",
        "Shows the running version's settings (or one SECTION of them) as a tree: groups in\n"
        "[brackets], values as 'key = value'. Text is shown as it stands, or quoted when it has\n"
        "blanks at either end or line breaks or could pass for another type (it begins with [, {,\n"
@@ -539,7 +561,9 @@ std::vector<command> store_commands() {
        "says that nothing is stored yet and where the file would be.\n"
        "--json prints the settings as one JSON object in the notation of 'cfgq export'; -z prints\n"
        "each value as its key path, a NUL, the value (text as it stands, others in the export\n"
-       "notation) and a NUL. Exit status 1 when SECTION holds nothing.",
+       "notation) and a NUL; --flat prints one line per value, SECTION/KEY=VALUE (the key as the\n"
+       "file stores it, the value as the tree shows it), for grep and diff; with --all each\n"
+       "line begins with the main key. Exit status 1 when SECTION holds nothing.",
        add_show_options, run_show},
       {"get", "SECTION KEY [--json] [--default TEXT]", 2, 2, "one value (exit status 1 when absent)",
        "Prints one value: text as it stands, a list one item per line, a byte array as its\n"
@@ -553,20 +577,26 @@ std::vector<command> store_commands() {
        "VALUE - reads the value from standard input, --value-file FILE from a file (UTF-8; one\n"
        "final line break is dropped). With --json, the value is in the JSON notation of\n"
        "'cfgq export': 640, true, [\"a\",\"b\"], {\"@bytes\": \"AAH/\"}. Put -- before a VALUE\n"
-       "that begins with '-'.",
+       "that begins with '-'.\n"
+       "A value that would take the settings file past its 10,000,000-byte limit is refused\n"
+       "(exit status 3; the message gives the room left). Writes to a version not migrated yet\n"
+       "migrate it first, as a suite program does at its start, and say so on standard error\n"
+       "(set, unset, clear and import alike); --no-migrate only marks it as migrated.",
        add_set_options, run_set},
       {"unset", "SECTION KEY", 2, 2, "remove one value",
        "Removes the value KEY of SECTION (KEY may reach into subgroups with \"/\", as for get);\n"
-       "a subgroup of the same name stays. Exit status 1 when it is not set.",
-       add_main_key_option, run_unset},
+       "a subgroup of the same name stays. Exit status 1 when it is not set. A version not\n"
+       "migrated yet is migrated first (see 'cfgq help set').",
+       add_write_options, run_unset},
       {"keys", "SECTION [--json | -z]", 1, 1, "every key at or below a section",
        "Lists every key at or below SECTION, one per line, subgroups' keys as paths joined by\n"
        "\"/\"; --json prints them as a JSON array, -z ends each with a NUL instead (a key may\n"
        "hold a line break). Exit status 1 when the section holds nothing.",
        add_keys_options, run_keys},
       {"clear", "SECTION", 1, 1, "empty a section",
-       "Removes every value at or below SECTION; other sections stay as they are.",
-       add_main_key_option, run_clear},
+       "Removes every value at or below SECTION; other sections stay as they are. A version\n"
+       "not migrated yet is migrated first (see 'cfgq help set').",
+       add_write_options, run_clear},
       {"sections", "", 0, 0, "the section table and what each section holds",
        "Lists the section table: each enumerator, its group name in the file and how many\n"
        "values the main key holds in it; then any other groups of the main key.",

@@ -9,6 +9,7 @@
 #endif
 
 #include "cli.h"
+#include "settings_snapshot.h"
 #include "ver.h"
 
 namespace cli {
@@ -25,7 +26,7 @@ struct main_key_state {
 
 main_key_state state_of(const QString& main_key) {
   main_key_state state;
-  const auto root = std::make_unique<CFGQ_REGISTRY_KEY>(CFGQ_REGISTRY_KEY::NO_MAIN_KEY, nullptr, nullptr);
+  const auto root = open_root();
   state.present = root->childGroups().contains(main_key);
   root->beginGroup(main_key);
   state.marker = root->value(marker_name);
@@ -188,14 +189,62 @@ int run_reset(const invocation& call) {
   }
   const QString cannot = unwritable_reason(file);
   if (!cannot.isEmpty()) return fail(call.command, QStringLiteral("%1: %2").arg(file, cannot), exit_failed);
+  // The file as it stands is kept beside it first; a reset of nothing keeps an earlier copy.
+  const QString copy = file + QLatin1String(reset_copy_suffix);
+  if (before.values > 0) {
+    QByteArray bytes;
+    bool exists = false;
+    QString why;
+    if (!read_file_bytes(file, &bytes, &exists, &why) || !write_file_atomically(copy, bytes, &why)) {
+      return fail(call.command, QStringLiteral("%1: %2 (nothing was reset)").arg(copy, why), exit_failed);
+    }
+  }
   CFGQ_REGISTRY::delete_current_settings();
   if (const int status = check_writes(call.command); status != exit_ok) return status;
   print(QStringLiteral("Removed %1 from %2; the tools start from their defaults.\n")
             .arg(count_of(before.values, "value", "values"), main_key));
+  if (before.values > 0) {
+    print(QStringLiteral("The file as it was is kept as %1; 'cfgq recover --merge reset' brings "
+                         "the values back.\n").arg(copy));
+  }
   return exit_ok;
 }
 
 }  // namespace
+
+int migrate_before_write(const invocation& call, const QString& what) {
+  const QString main_key = running_main_key();
+  // Another file (--file) is taken as it is: migration is the user's settings file's matter.
+  if (chosen_main_key(call) != main_key || other_file_in_use()) return exit_ok;
+  const migration_plan plan = plan_migration(main_key);
+  if (plan.kind == migration_plan::nothing) return exit_ok;
+  const QString first = QStringLiteral("note: %1 was not migrated yet;").arg(main_key);
+  if (call.options.isSet(QStringLiteral("no-migrate"))) {
+    open_view(main_key, QString())->set_value(marker_name, current_marker);
+    if (const int status = check_writes(what); status != exit_ok) return status;
+    note(QStringLiteral("%1 marked it as migrated without migrating (--no-migrate)").arg(first));
+    return exit_ok;
+  }
+  CFGQ_REGISTRY::migrate_registry_settings();
+  if (const int status = check_writes(what); status != exit_ok) return status;
+  switch (plan.kind) {
+    case migration_plan::remove:
+      note(QStringLiteral("%1 migrating it first removed the %2 it held from before its first "
+                          "migration, as a suite program does at its start (--no-migrate keeps "
+                          "them)")
+               .arg(first, count_of(plan.values, "value", "values")));
+      break;
+    case migration_plan::copy:
+      note(QStringLiteral("%1 migrating it first carried %2 forward from %3 (version %4), as a "
+                          "suite program does at its start (--no-migrate skips this)")
+               .arg(first, count_of(state_of(main_key).values, "value", "values"), plan.source,
+                    plan.source_version));
+      break;
+    default:  // nothing to carry forward or remove: only the marker was written
+      break;
+  }
+  return exit_ok;
+}
 
 std::vector<command> version_commands() {
   return {
@@ -209,8 +258,10 @@ std::vector<command> version_commands() {
        add_migrate_options, run_migrate},
       {"reset", "[--yes]", 0, 0, "remove the running version's settings",
        "Removes every setting of the running version, so that the tools start from their\n"
-       "defaults; a later migrate does not bring the old settings back. Asks for confirmation\n"
-       "on the terminal; without a terminal (a script, a pipe) it needs --yes.",
+       "defaults; a later migrate does not bring the old settings back. The file as it was is\n"
+       "kept beside it with the suffix .reset ('cfgq recover' lists it; 'cfgq recover --merge\n"
+       "reset' brings the values back); a reset of nothing keeps the earlier copy. Asks for\n"
+       "confirmation on the terminal; without a terminal (a script, a pipe) it needs --yes.",
        add_reset_options, run_reset},
   };
 }

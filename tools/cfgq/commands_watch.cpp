@@ -171,6 +171,8 @@ class settings_watch {
     // Key paths below the main key: the section, when one was given, comes first.
     const qsizetype slash = m_group.indexOf(QLatin1Char('/'));
     const QString path = slash < 0 ? key : m_group.mid(slash + 1) + QLatin1Char('/') + key;
+    // The migration marker is no setting, as in `show`.
+    if (slash < 0 && key == QLatin1String(cfgq_registry_version_name)) return;
     const char* event = old_value == nullptr ? "added" : new_value == nullptr ? "removed" : "changed";
     if (m_json) {
       // Written member by member, to keep the order event, key, old, new.
@@ -216,7 +218,7 @@ int run_watch(const invocation& call) {
     if (!section) return fail(call.command, why, exit_usage);
     group += QLatin1Char('/') + *section;
   }
-  const QString path = cfgq_tool_settings_file();
+  const QString path = settings_file_path();
   const stop_on_signals stop;
   if (!stop.installed()) {
     return fail(call.command, QStringLiteral("can't catch SIGINT and SIGTERM"), exit_failed);
@@ -242,7 +244,10 @@ std::vector<command> watch_commands() {
        "  removed General/Width (was 800)\n"
        "Key paths are below the main key. With --json, each change is one JSON object on a\n"
        "line, values in the export notation ('cfgq help export'); \"old\" is absent for an added\n"
-       "value and \"new\" for a removed one. The settings file is read, never written.",
+       "value and \"new\" for a removed one. The settings file is read, never written.\n"
+       "Changes that follow each other quickly may be reported as one (a value set twice in a\n"
+       "moment may show only its last change); a value's final state is always reported. The\n"
+       "migration marker Registry_version is not reported.",
        add_watch_options, run_watch},
   };
 }

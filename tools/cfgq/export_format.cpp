@@ -1,6 +1,8 @@
 // The JSON notation of settings values and groups (see export_format.h).
 #include "export_format.h"
 
+#include "cli.h"
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -27,13 +29,16 @@ const QString own_value_tag = QStringLiteral("@value");
 // Fixed, so that an export reads back the same under a later Qt.
 constexpr QDataStream::Version variant_stream_version = QDataStream::Qt_6_0;
 
-// Text that Qt writes for a qint64, and that a JSON integer gives back unchanged.
+// Text that Qt writes for a qint64, and that a JSON integer gives back unchanged, in every JSON
+// reader: one beyond 2^53 would lose digits in those that read numbers as doubles, so it stays
+// text (import writes the same text back).
 bool is_integer_text(const QString& text, qint64* number) {
   static const QRegularExpression pattern(QStringLiteral("^-?(0|[1-9][0-9]*)$"));
   if (!pattern.match(text).hasMatch()) return false;
   bool ok = false;
   *number = text.toLongLong(&ok);
-  return ok && QString::number(*number) == text;
+  constexpr qint64 exact = qint64(1) << 53;
+  return ok && *number >= -exact && *number <= exact && QString::number(*number) == text;
 }
 
 // Text that Qt writes for a double with a fractional part. Integral doubles stay text: JSON
@@ -243,7 +248,7 @@ QByteArray indented_value(const QJsonValue& json, int level) {
 }
 
 // The members of the view's current group, in QJsonObject's order (by name).
-std::vector<json_member> members_of(CFGQ_REGISTRY_KEY& view, bool has_own_value,
+std::vector<json_member> members_of(settings_view& view, bool has_own_value,
                                     const QString& hidden_key) {
   std::vector<json_member> members;
   if (has_own_value) members.push_back({own_value_tag, QString(), false, true});
@@ -268,7 +273,7 @@ std::vector<json_member> members_of(CFGQ_REGISTRY_KEY& view, bool has_own_value,
 
 }  // namespace
 
-QByteArray group_json(CFGQ_REGISTRY_KEY& view, int indent, const QString& hidden_key) {
+QByteArray group_json(settings_view& view, int indent, const QString& hidden_key) {
   struct level {
     std::vector<json_member> members;
     size_t next = 0;

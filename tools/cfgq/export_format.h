@@ -25,6 +25,8 @@ namespace cli {
 
 constexpr int export_format_version = 1;
 
+class settings_view;  // cli.h
+
 // One value and its key path below the place an import writes to.
 struct settings_entry {
   QString path;  // levels joined by "/"
@@ -42,7 +44,7 @@ bool value_from_json(const QJsonValue& json, QVariant* value, QString* why);
 // where it started). The walk keeps its place on the heap, so any depth works; members deeper
 // than 32 levels are indented as the 32nd. `hidden_key`, when not empty, leaves out that key of
 // the group itself.
-QByteArray group_json(CFGQ_REGISTRY_KEY& view, int indent, const QString& hidden_key = QString());
+QByteArray group_json(settings_view& view, int indent, const QString& hidden_key = QString());
 // The values of a group object, flattened to key paths below it, in order. False, with *why
 // naming the offending path, when a member is not a valid notation.
 bool group_from_json(const QJsonObject& group, QList<settings_entry>* entries, QString* why);

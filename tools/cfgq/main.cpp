@@ -24,7 +24,8 @@ const char* const tool_description =
 const char* const exit_status_help =
     "Exit status: 0 success; 1 the value, section or file looked up is absent;\n"
     "2 usage error or bad input (unknown command, missing argument, bad JSON);\n"
-    "3 a file could not be read or written. Errors are one line on standard error:\n"
+    "3 a file could not be read or written (or a write would take the settings file past\n"
+    "its size limit). Errors are one line on standard error:\n"
     "\"cfgq: <what failed>: <why>\". Put -- before an argument that begins with '-'.";
 
 std::vector<command> all_commands() {
@@ -45,7 +46,7 @@ const command* find_command(const std::vector<command>& commands, const QString&
 }
 
 QString tool_help(const std::vector<command>& commands) {
-  QString text = QStringLiteral("Usage: cfgq COMMAND [options] [arguments]\n       cfgq "
+  QString text = QStringLiteral("Usage: cfgq [--file FILE [--write]] COMMAND [options] [arguments]\n       cfgq "
                                 "--version | --help | help COMMAND\n\n%1\n\nCommands:\n")
                      .arg(QLatin1String(tool_description));
   for (const command& c : commands) {
@@ -57,7 +58,13 @@ QString tool_help(const std::vector<command>& commands) {
               "\nSECTION is a group name as the file holds it (General, \"Change Manager "
               "Window\",\nGeneral/Dialogs) or an enumerator of the section table (GENERAL, ECO); "
               "see\n'cfgq sections'. Commands that read or write values take --main-key KEY to "
-              "work\non another version's or edition's settings. 'cfgq help export' describes the JSON\nformat of export and import.\n\n%1\n")
+              "work\non another version's or edition's settings. 'cfgq help export' describes the JSON\nformat of export and import.\n\n"
+              "--file FILE (before the command) works on FILE instead of the user's settings file\n"
+              "(a set-aside copy, a colleague's file, a backup): it is read through a private copy,\n"
+              "never set aside, renamed or migrated, and only read unless --write is given too; with\n"
+              "--write, set, unset, clear, import and recover --merge write it back whole (a file over\n"
+              "the 10,000,000-byte limit is refused). migrate, reset and the environment commands\n"
+              "don't take it.\n\n%1\n")
               .arg(QLatin1String(exit_status_help));
   return text;
 }
@@ -126,6 +133,25 @@ int first_undecodable_argument(int argc, char** argv) {
   return 0;
 }
 
+// Under --file FILE: exit_ok when `command` may run on FILE; else the error's status. Commands
+// that write need --write; migrate and reset belong to the user's own file, the environment
+// commands to no settings file.
+int other_file_refusal(const QString& command, const QStringList& words, bool write) {
+  static const QStringList own_file_only = {QStringLiteral("migrate"), QStringLiteral("reset"), QStringLiteral("setenv"),
+                                            QStringLiteral("getenv"), QStringLiteral("unsetenv"), QStringLiteral("env")};
+  static const QStringList writers = {QStringLiteral("set"), QStringLiteral("unset"), QStringLiteral("clear"),
+                                      QStringLiteral("import")};
+  if (own_file_only.contains(command)) {
+    return cli::fail(command, QStringLiteral("not with --file (it works on the user's own settings)"), cli::exit_usage);
+  }
+  const bool merge = command == QLatin1String("recover") &&
+                     std::any_of(words.begin(), words.end(), [](const QString& w) { return w.startsWith(QLatin1String("--merge")); });
+  if (!write && (writers.contains(command) || merge)) {
+    return cli::fail(command, QStringLiteral("--file opens the file read-only; add --write to change it"), cli::exit_usage);
+  }
+  return cli::exit_ok;
+}
+
 int run_command(const command& c, const QStringList& words) {
   QCommandLineParser parser;
   configure_parser(parser, c);
@@ -178,7 +204,7 @@ int run_command(const command& c, const QStringList& words) {
                                     "database names no home directory for this user"),
                      cli::exit_failed);
   }
-  if (name != QLatin1String("path") && !env_command) settings.emplace();
+  if (name != QLatin1String("path") && !env_command && !cli::other_file_in_use()) settings.emplace();
   const int status = c.run(cli::invocation{name, parser, args});
   // A write the command did not check itself (a view written when it went) still counts.
   const int unchecked = cli::check_writes(name);
@@ -195,10 +221,17 @@ int run_tool(QString* what) {
   QStringList words = QCoreApplication::arguments().mid(1);
   if (words.value(0) == QLatin1String("__complete")) return cli::complete(commands, words.mid(1), command_help);
   bool help = false;
+  QString file;
+  bool write = false;
   while (!words.isEmpty() && words.first().startsWith(QLatin1Char('-'))) {
     const QString option = words.takeFirst();
     if (option == QLatin1String("--help") || option == QLatin1String("-h")) {
       help = true;
+    } else if (option == QLatin1String("--file") || option.startsWith(QLatin1String("--file="))) {
+      file = option.size() > 6 ? option.mid(7) : words.isEmpty() ? QString() : words.takeFirst();
+      if (file.isEmpty()) return cli::fail(QStringLiteral("--file"), QStringLiteral("needs a FILE"), cli::exit_usage);
+    } else if (option == QLatin1String("--write")) {
+      write = true;
     } else if (option == QLatin1String("--version") || option == QLatin1String("-v")) {
       cli::print(version_text());
       return cli::exit_ok;
@@ -247,7 +280,17 @@ int run_tool(QString* what) {
                      QStringLiteral("unknown command%1 (see 'cfgq --help')").arg(command_hint(commands, word)),
                      cli::exit_usage);
   }
-  return run_command(*c, words);
+  if (write && file.isEmpty()) {
+    return cli::fail(QStringLiteral("--write"), QStringLiteral("only with --file FILE"), cli::exit_usage);
+  }
+  if (!file.isEmpty()) {
+    if (const int refused = other_file_refusal(word, words, write)) return refused;
+    QString why;
+    int status = cli::exit_ok;
+    if (!cli::use_other_file(file, write, &why, &status)) return cli::fail(QStringLiteral("--file %1").arg(file), why, status);
+  }
+  const int status = run_command(*c, words);
+  return status == cli::exit_ok ? cli::finish_other_file(word) : status;
 }
 
 }  // namespace

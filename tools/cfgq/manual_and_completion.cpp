@@ -51,6 +51,63 @@ std::vector<option_row> options_of(const command& c, help_text help) {
 
 // ---- Manual page ------------------------------------------------------------------------
 
+// Every exit status and what gives it.
+const std::pair<int, const char*> exit_statuses[] = {
+    {exit_ok, "Success. check: nothing needs attention; watch: ended by SIGINT or SIGTERM."},
+    {exit_absent, "What was looked up is not there: get or unset of a value that is not set, show or keys "
+                  "of a section that holds nothing, import SECTION that the export does not hold, "
+                  "recover --merge of a copy without the main key's settings, getenv or unsetenv of a "
+                  "variable neither store holds (getenv --login: the stores give a login none); check: "
+                  "something needs attention."},
+    {exit_usage, "Bad command line or input: an unknown command or option, a missing or extra argument, a "
+                 "section name that names no section, export of a section or main key the file does not "
+                 "know, JSON that is not valid or no export, a value too large to store, an argument that "
+                 "is not UTF-8, migrate or reset without a terminal and without --yes."},
+    {exit_failed, "A file could not be read or written: the settings file (also a write that would take it "
+                  "past its 10,000,000-byte limit, which is refused), an export's output, an environment "
+                  "store, standard output; no home directory; getenv --login without the generator."},
+};
+
+// Every variable the tool and the library read.
+const std::pair<const char*, const char*> environment_variables[] = {
+    {"HOME", "The profile directory, which holds the settings file (the password database's when unset)."},
+    {"KORVEL_VERSION", "The running suite version (25.1 by default); it names the main key."},
+    {"KORVEL_VERSIONS", "The installed versions, separated by ';', in the order migration prefers them."},
+    {"KORVEL_CONFIG_ON", "Configuration switches that are on, separated by ','; separate_settings_for_64_bit "
+                         "gives the main keys \"_64-Bit\"."},
+    {"KORVEL_REGTEST", "1: a regression-test run; settings go to a temporary file removed at exit."},
+    {"QT_QPA_PLATFORM", "minimal: a headless run, isolated as a regression-test run."},
+    {"PBUILD_BUILD", "1: a build run, isolated as a regression-test run."},
+    {"KORVEL_DEBUG", "Debug channels, CHANNEL or CHANNEL:LEVEL separated by ',' (CFGQ:2)."},
+    {"KORVEL_QT_PROCESS", "1: the process runs the suite's Qt framework."},
+    {"KORVEL_LOCK_WAIT_MS", "How long a write waits for another process's lock on the settings file "
+                            "(10000)."},
+    {"TMPDIR", "The temporary directory."},
+    {"XDG_RUNTIME_DIR", "Where the library keeps its private files while it runs."},
+    {"XDG_CONFIG_HOME", "Holds environment.d/90-korvel.conf, the user's environment store (~/.config "
+                        "when unset)."},
+    {"KORVEL_USER_ENV_FILE", "The user's environment store instead."},
+    {"KORVEL_SYSTEM_ENV_FILE", "The machine's environment store instead of /etc/environment.d/80-korvel.conf."},
+};
+
+const std::pair<const char*, const char*> files[] = {
+    {"~/korvel2.kreg", "The settings file ('cfgq path' names the one in use). Writers lock it through "
+                       "korvel2.kreg.lock beside it; copies set aside beside it end in .large, .corrupt or "
+                       ".format-error, and reset's copy in .reset ('cfgq recover' lists them)."},
+    {"~/.config/environment.d/90-korvel.conf", "The user's environment store."},
+    {"/etc/environment.d/80-korvel.conf", "The machine's environment store."},
+};
+
+const std::pair<const char*, const char*> examples[] = {
+    {"cfgq get General Show_tips --default Yes", "One value, or Yes when it is not set:"},
+    {"echo \"$HOME/projects\" | cfgq set Directories Last_project -", "A value from standard input:"},
+    {"cfgq export -o settings.json && cfgq import settings.json", "Back up the settings, and restore them:"},
+    {"cfgq show --flat | grep ^General/", "Every value as SECTION/KEY=VALUE, for grep and diff:"},
+    {"cfgq --file ~/korvel2.kreg.large show", "Look at a copy set aside, without moving it:"},
+    {"cfgq setenv PATH /opt/korvel/bin --append && cfgq getenv PATH --login",
+     "Extend the login's PATH, then see what the next login gets:"},
+};
+
 // One line of text in roff: backslashes and minus signs escaped, no line taken for a request.
 QString roff_line(const QString& line) {
   QString out = line;
@@ -120,14 +177,30 @@ QString manual_page(const std::vector<command>& commands, const QString& tool_he
     }
   }
   page += QStringLiteral(".SH EXIT STATUS\n") + roff_text(exit_status);
+  for (const auto& [status, meaning] : exit_statuses) {
+    page += QStringLiteral(".TP\n.B %1\n%2\n").arg(status).arg(roff_line(QLatin1String(meaning)));
+  }
+  page += QStringLiteral(".SH ENVIRONMENT\n");
+  for (const auto& [name, meaning] : environment_variables) {
+    page += QStringLiteral(".TP\n.B %1\n%2\n").arg(roff_line(QLatin1String(name)), roff_line(QLatin1String(meaning)));
+  }
+  page += QStringLiteral(".SH FILES\n");
+  for (const auto& [name, meaning] : files) {
+    page += QStringLiteral(".TP\n.I %1\n%2\n").arg(roff_line(QLatin1String(name)), roff_line(QLatin1String(meaning)));
+  }
+  page += QStringLiteral(".SH EXAMPLES\n");
+  for (const auto& [line, meaning] : examples) {
+    page += QStringLiteral(".PP\n%1\n.RS\n.nf\n%2\n.fi\n.RE\n").arg(roff_line(QLatin1String(meaning)), roff_line(QLatin1String(line)));
+  }
   page += QStringLiteral(
-      ".SH FILES\n"
-      "The settings file is the one 'cfgq path' names (korvel2.kreg in the profile directory).\n"
-      "Writers lock it through korvel2.kreg.lock beside it; copies set aside beside it end in\n"
-      "\\&.large, .corrupt or .format\\-error.\n"
       ".SH SHELL COMPLETION\n"
-      "The installed scripts for bash and zsh complete commands, options, section names and\n"
-      "the keys of a section.\n");
+      "The installed scripts for bash and zsh complete commands, options, section names (the\n"
+      "section table's and the file's), the keys of a section of the running version (or of\n"
+      "\\-\\-main\\-key), and the main keys the file holds.\n"
+      ".SH SEE ALSO\n"
+      ".BR environment.d (5),\n"
+      ".BR systemd.environment\\-generator (7),\n"
+      ".BR man (1)\n");
   return page;
 }
 
@@ -176,10 +249,17 @@ int complete(const std::vector<command>& commands, const QStringList& given, hel
     }
     return exit_ok;
   };
-  // Options before the command word belong to the tool.
-  while (!words.isEmpty() && words.first().startsWith(QLatin1Char('-'))) words.removeFirst();
+  // Options before the command word belong to the tool; --file takes a file name.
+  QString path = cfgq_tool_settings_file();
+  while (!words.isEmpty() && words.first().startsWith(QLatin1Char('-'))) {
+    if (words.takeFirst() != QLatin1String("--file")) continue;
+    if (words.isEmpty()) return exit_absent;  // the file name: the shell completes it
+    path = words.takeFirst();
+  }
   if (words.isEmpty()) {
-    if (current.startsWith(QLatin1Char('-'))) return done({QStringLiteral("--help"), QStringLiteral("--version")});
+    if (current.startsWith(QLatin1Char('-'))) {
+      return done({QStringLiteral("--help"), QStringLiteral("--version"), QStringLiteral("--file"), QStringLiteral("--write")});
+    }
     candidates.append(QStringLiteral("help"));
     for (const command& c : commands) candidates.append(QLatin1String(c.name));
     return done(candidates);
@@ -220,7 +300,6 @@ int complete(const std::vector<command>& commands, const QStringList& given, hel
       positional.append(w);
     }
   }
-  const QString path = cfgq_tool_settings_file();
   if (wants_value != nullptr) {
     if (wants_value->names.contains(QStringLiteral("--main-key"))) {
       return done(read_settings(path, QString()).main_keys);

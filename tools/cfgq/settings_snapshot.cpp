@@ -56,6 +56,25 @@ void parse_settings(const QByteArray& bytes, const QString& group, settings_snap
   }
 }
 
+qint64 size_after_writes(const QByteArray& bytes, const QList<QPair<QString, QVariant>>& writes,
+                         QString* why) {
+  QTemporaryFile copy(QDir::tempPath() + QStringLiteral("/cfgq-size-XXXXXX"));
+  if (!copy.open() || copy.write(bytes) != bytes.size() || !copy.flush()) {
+    *why = QStringLiteral("no private copy could be made to measure the write: %1").arg(copy.errorString());
+    return -1;
+  }
+  copy.close();
+  try {
+    QSettings raw(copy.fileName(), QSettings::IniFormat);
+    for (const auto& [key, value] : writes) raw.setValue(key, value);
+    raw.sync();
+    if (raw.status() == QSettings::NoError) return QFileInfo(copy.fileName()).size();
+  } catch (...) {
+  }
+  *why = QStringLiteral("the private copy that measures the write could not be written");
+  return -1;
+}
+
 settings_snapshot read_settings(const QString& path, const QString& group) {
   settings_snapshot snapshot;
   if (read_file_bytes(path, &snapshot.bytes, &snapshot.exists, &snapshot.unreadable)) {

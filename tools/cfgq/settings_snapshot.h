@@ -4,7 +4,9 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QMap>
+#include <QPair>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -28,6 +30,12 @@ bool read_file_bytes(const QString& path, QByteArray* bytes, bool* exists, QStri
 // joined by "/", empty for all) with their key paths below it. Qt parses a private copy, so
 // the settings file itself is never opened by a settings object.
 void parse_settings(const QByteArray& bytes, const QString& group, settings_snapshot* snapshot);
+
+// The size of the settings file that `bytes` hold once Qt's INI writer, the one the library
+// writes with, has written it again with `writes` (key paths from the root, and values) set:
+// worked out in a private copy. -1, with *why, when no copy could be made or read.
+qint64 size_after_writes(const QByteArray& bytes, const QList<QPair<QString, QVariant>>& writes,
+                         QString* why);
 
 // read_file_bytes and parse_settings together.
 settings_snapshot read_settings(const QString& path, const QString& group);
