@@ -67,7 +67,7 @@ refused() { [ "$1" -ge 1 ] && [ "$1" -le 3 ] && [[ $'\n'$2 == *$'\n'cfgq:* ]] &&
 # lines into $2.
 old_file() {
   seq "$3" | sed 's/.*/General\\Old_&=v&/' >"$2"
-  { echo '[25.1_pro]'; cat "$2"; } >"$1"
+  { echo '[25.1_pro]'; echo 'Registry_version=27'; cat "$2"; } >"$1"
 }
 # A loop of `cfgq set General PREFIX_i vi`, i = 1..N, logging the expected line of each write
 # that exited 0 to LOG.ok and each refusal to LOG.refused (stderr to LOG.err).

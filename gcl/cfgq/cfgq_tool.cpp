@@ -1,6 +1,8 @@
 // What the cfgq tool asks the library beyond the public header.
 #include "cfgq_tool.h"
 
+#include <cerrno>
+#include <cstring>
 #include <mutex>
 #include <optional>
 
@@ -57,3 +59,34 @@ cfgq_lock_report cfgq_tool_lock_report(const QString& path) {
 }
 
 long long cfgq_tool_lock_wait_ms() { return cfgq_lock_wait_ms(); }
+
+bool cfgq_tool_replace_file(const QString& path, const QByteArray& bytes, QString* why) {
+  QString target = QFileInfo(path).absoluteFilePath();
+  const cfgq_platform::file_state seen = cfgq_platform::state_of(target, false);
+  if (seen.link) {
+    // The link stays; the file it names is replaced, and only a regular file is.
+    target = cfgq_platform::final_target(target);
+    const cfgq_platform::file_state named = cfgq_platform::state_of(target, true);
+    if (!named.exists) {
+      *why = QStringLiteral("a link to no regular file");
+      return false;
+    }
+    if (!named.regular) {
+      *why = QStringLiteral("not a regular file");
+      return false;
+    }
+  } else if (seen.exists && !seen.regular) {
+    *why = QStringLiteral("not a regular file");
+    return false;
+  }
+  // A file the user names goes into a directory that is there: none is made for it.
+  const cfgq_platform::file_state directory =
+      cfgq_platform::state_of(QFileInfo(target).absolutePath(), true);
+  if (!directory.exists) {
+    *why = QString::fromLocal8Bit(std::strerror(ENOENT));
+    return false;
+  }
+  cfgq_file_lock lock(target);
+  qint64 holder = 0;
+  return lock.take(why, &holder) && cfgq_replace_file(target, bytes, why);
+}

@@ -51,6 +51,12 @@ struct cfgq_lock_report {
 };
 CFGQ_EXPORT cfgq_lock_report cfgq_tool_lock_report(const QString& path);
 
+// Replaces the file at `path` (or the regular file a link there names) with `bytes` as the
+// library writes its own files: under the file's lock, staged beside it, every write checked,
+// synced, renamed over it; the old file's owner and mode, the user's alone for a new one. False,
+// with the reason in *why, when the file was left as it was.
+CFGQ_EXPORT bool cfgq_tool_replace_file(const QString& path, const QByteArray& bytes, QString* why);
+
 // How long writers wait for a held lock, in milliseconds (KORVEL_LOCK_WAIT_MS).
 CFGQ_EXPORT long long cfgq_tool_lock_wait_ms();
 

@@ -17,14 +17,6 @@
 #include <QTemporaryDir>
 #include <QLocale>
 
-#ifndef _WIN32
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#else
-#include <QSaveFile>
-#endif
-
 #include "cfgq_tool.h"
 #include "settings_snapshot.h"
 
@@ -172,107 +164,9 @@ int check_writes(const QString& what) {
   return fail(what, why, exit_failed);
 }
 
-#ifndef _WIN32
-namespace {
-
-// Closes a descriptor and removes a temporary file on every path out of a write.
-struct temporary_file {
-  int fd = -1;
-  QByteArray path;
-  ~temporary_file() {
-    if (fd >= 0) ::close(fd);
-    if (!path.isEmpty()) ::unlink(path.constData());
-  }
-};
-
-bool write_all(int fd, const char* data, qint64 size) {
-  while (size > 0) {
-    const ssize_t n = ::write(fd, data, static_cast<size_t>(std::min<qint64>(size, 1 << 20)));
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) {
-      if (n == 0) errno = ENOSPC;
-      return false;
-    }
-    data += n;
-    size -= n;
-  }
-  return true;
-}
-
-}  // namespace
-
 bool write_file_atomically(const QString& path, const QByteArray& bytes, QString* why) {
-  QByteArray target = QFile::encodeName(path);
-  struct stat old {};
-  bool exists = false;
-  if (::lstat(target.constData(), &old) == 0) {
-    if (S_ISLNK(old.st_mode)) {
-      // The link stays; the file it names is replaced, and only a regular file is.
-      char resolved[PATH_MAX];
-      if (::realpath(target.constData(), resolved) == nullptr || ::stat(resolved, &old) != 0) {
-        *why = QStringLiteral("a link to no regular file");
-        return false;
-      }
-      target = resolved;
-    }
-    if (!S_ISREG(old.st_mode)) {
-      *why = QStringLiteral("not a regular file");
-      return false;
-    }
-    exists = true;
-  } else if (errno != ENOENT) {
-    *why = system_reason(errno);
-    return false;
-  }
-  const int slash = target.lastIndexOf('/');
-  const QByteArray directory = slash < 0 ? QByteArray(".") : slash == 0 ? QByteArray("/") : target.left(slash);
-  temporary_file temp;
-  temp.path = (slash < 0 ? QByteArray() : target.left(slash + 1)) + '.' + target.mid(slash + 1) + ".XXXXXX";
-  temp.fd = ::mkstemp(temp.path.data());
-  if (temp.fd < 0) {
-    const int error = errno;
-    temp.path.clear();
-    *why = system_reason(error);
-    return false;
-  }
-  const mode_t mode = exists ? (old.st_mode & 07777) : 0600;
-  bool ok = ::fchmod(temp.fd, mode) == 0;
-  if (ok && exists && (old.st_uid != ::geteuid() || old.st_gid != ::getegid())) {
-    // Root writing a user's file keeps it the user's; a user can't give a file away, so this
-    // may fail and the file becomes the writer's, as any new file would.
-    (void)!::fchown(temp.fd, old.st_uid, old.st_gid);
-  }
-  ok = ok && write_all(temp.fd, bytes.constData(), bytes.size()) && ::fsync(temp.fd) == 0;
-  if (ok) {
-    const int fd = temp.fd;
-    temp.fd = -1;
-    ok = ::close(fd) == 0;
-  }
-  ok = ok && ::rename(temp.path.constData(), target.constData()) == 0;
-  if (!ok) {
-    *why = system_reason(errno);
-    return false;
-  }
-  temp.path.clear();
-  // The rename itself reaches the disk with the directory.
-  const int dir_fd = ::open(directory.constData(), O_RDONLY | O_DIRECTORY);
-  if (dir_fd >= 0) {
-    ::fsync(dir_fd);
-    ::close(dir_fd);
-  }
-  return true;
+  return cfgq_tool_replace_file(path, bytes, why);
 }
-
-#else
-
-bool write_file_atomically(const QString& path, const QByteArray& bytes, QString* why) {
-  QSaveFile file(path);
-  if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit()) return true;
-  *why = file.errorString();
-  return false;
-}
-
-#endif
 
 // ---- Isolated runs and set-aside copies ------------------------------------------------------
 

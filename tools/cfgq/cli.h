@@ -54,9 +54,9 @@ QString system_reason(int error);
 int check_writes(const QString& what);
 
 // Replaces the file at `path` (a link is followed to the regular file it names) with `bytes`, so
-// that it holds either its old bytes or all of the new ones: a temporary file beside it, every
-// write checked, synced, then renamed over it. A new file is 0600 whatever the umask; an existing
-// one keeps its mode. False with *why (the system's reason) when the file was left as it was.
+// that it holds either its old bytes or all of the new ones, through the library's staged write
+// under the file's lock (cfgq_tool_replace_file). A new file is 0600 whatever the umask; an
+// existing one keeps its owner and mode. False with *why (the system's reason) when the file was left as it was.
 bool write_file_atomically(const QString& path, const QByteArray& bytes, QString* why);
 
 // Brackets a command that reads or writes settings: warns on standard error when the run is

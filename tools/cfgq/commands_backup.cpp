@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include <QFile>
+#include <QLocale>
 #include <QJsonDocument>
 #include <QJsonParseError>
 
@@ -70,7 +71,10 @@ int run_export(const invocation& call) {
   return exit_ok;
 }
 
-bool read_input(const QString& name, QByteArray* bytes, QString* why) {
+// Reads an export, up to a bound that no export of a settings file within its size limit
+// reaches, so that an endless input (/dev/zero, a stream that never ends) stops there. False with
+// *why (*too_large set when the input went past the limit).
+bool read_input(const QString& name, QByteArray* bytes, QString* why, bool* too_large) {
   QFile file;
   const bool opened = name == stdio_name ? file.open(stdin, QIODevice::ReadOnly)
                                          : (file.setFileName(name), file.open(QIODevice::ReadOnly));
@@ -78,7 +82,22 @@ bool read_input(const QString& name, QByteArray* bytes, QString* why) {
     *why = file.errorString();
     return false;
   }
-  *bytes = file.readAll();
+  // JSON quotes and escapes, so an export may be larger than the file it came from, but never
+  // four times larger.
+  const qint64 limit = 4 * max_file_bytes;
+  *bytes = file.read(limit + 1);
+  if (bytes->size() > limit) {
+    *too_large = true;
+    const QLocale english(QLocale::English);
+    *why = QStringLiteral("more than %1 bytes: no export of a settings file within its "
+                          "%2-byte limit is that large")
+               .arg(english.toString(limit), english.toString(max_file_bytes));
+    return false;
+  }
+  if (file.error() != QFileDevice::NoError) {
+    *why = file.errorString();
+    return false;
+  }
   return true;
 }
 
@@ -105,7 +124,10 @@ int run_import(const invocation& call) {
 
   QByteArray bytes;
   QString why;
-  if (!read_input(name, &bytes, &why)) return fail(what, why, exit_failed);
+  bool too_large = false;
+  if (!read_input(name, &bytes, &why, &too_large)) {
+    return fail(what, why, too_large ? exit_usage : exit_failed);
+  }
   QJsonParseError error;
   const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
   if (error.error != QJsonParseError::NoError) {
