@@ -730,7 +730,9 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     cfgq_file_lock lock(record->real);
     QString why;
     qint64 holder = 0;
-    if (!lock.take(&why, &holder, &guard)) {
+    const bool locked = lock.take(&why, &holder, &guard);
+    // Looked at again after any wait: a write refused meanwhile points the alias into the void.
+    if (!locked || generation->discarding) {
       // Those changes wait for their own objects' writes; this object reads the file anew.
       generation = new_generation(*record);
       settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
@@ -895,12 +897,14 @@ void cfgq_settings_file::write_changes(const std::function<QSettings&()>& write)
   cfgq_file_record& record = *m_record;
   cfgq_file_generation& generation = *m_generation;
   std::unique_lock<std::mutex> guard(record.mutex);
-  --generation.dirty_objects;
   cfgq_file_lock lock(record.real);
   QString why;
   qint64 holder = 0;
   const bool locked = generation.discarding || !takes_own_lock(record, generation) ||
                       lock.take(&why, &holder, &guard);
+  // Counted as unwritten until the lock is had: an object opened on the alias meanwhile would
+  // write these changes, so it opens under the lock too.
+  --generation.dirty_objects;
   // Looked at again after any wait for the lock: another object's write may have been refused.
   if (generation.discarding) {
     report_failure(m_path, QStringLiteral("an earlier write of the same changes was refused"));
