@@ -42,32 +42,39 @@ set(CPACK_COMPONENT_DEV_DEPENDS libs)
 set(CPACK_COMPONENT_TOOL_DEPENDS libs)
 set(CPACK_COMPONENT_TCL_DEPENDS libs)
 
-set(cfgq_about "cfgq keeps the user settings of the Korvel design suite's applications in one\n\
-file per user, with per-version main keys and migration between suite versions.")
+# Descriptions: a summary, then lines of at most 80 characters.
+set(cfgq_about "cfgq keeps the user settings of the Korvel design suite's applications in\n\
+one file per user, with a main key per suite version and migration between\nversions.")
 set(cfgq_libs_summary "Korvel design suite user-settings library")
-set(cfgq_libs_about "${cfgq_about}\nThis package holds the shared library and the suite's host \
-stand-ins that it loads.")
+set(cfgq_libs_about "${cfgq_about}\nThis package holds the shared library and the suite's host stand-ins\n\
+that it loads.")
 set(cfgq_dev_summary "Korvel design suite user-settings library - development files")
-set(cfgq_dev_about "${cfgq_about}\nThis package holds the headers, the CMake package \
-(find_package(cfgq)) and the pkg-config file.")
+set(cfgq_dev_about "${cfgq_about}\nThis package holds the headers, the CMake package (find_package(cfgq))\n\
+and the pkg-config file.")
 set(cfgq_tool_summary "command-line tool for the Korvel design suite's user settings")
-set(cfgq_tool_about "${cfgq_about}\nThe cfgq tool reads, writes, exports, backs up, watches and \
-checks the settings file, and sets persistent environment variables.")
+set(cfgq_tool_about "${cfgq_about}\nThe cfgq tool reads, writes, exports, backs up, watches and checks the\n\
+settings file, and sets persistent environment variables.")
 set(cfgq_tcl_summary "Tcl package for the Korvel design suite's user settings")
-set(cfgq_tcl_about "${cfgq_about}\nThis package holds the Tcl package ::korvel::gui_settings for \
-a stock tclsh and the shell cfgqsh, which has it loaded.")
+set(cfgq_tcl_about "${cfgq_about}\nThis package holds the Tcl package ::korvel::gui_settings for a stock\n\
+tclsh, and the shell cfgqsh, which has it loaded.")
 
 # Debian: Depends from the libraries' needs (dpkg-shlibdeps), one package on another at the
-# same version, shlibs and the ldconfig trigger for the library.
+# same version, shlibs and the ldconfig trigger for the library (packaging/triggers).
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${cfgq_package_release})
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
+# dpkg-shlibdeps runs in each package's staging directory; libcfgq and the host stand-ins are
+# staged beside it, in the libs package's (their dependency is the libcfgq1 one above).
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+  ../libs${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}
+  ../libs${CMAKE_INSTALL_PREFIX}/${CFGQ_INSTALL_PRIVATE_LIBDIR})
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_LIBS_PACKAGE_NAME libcfgq1)
 set(CPACK_DEBIAN_LIBS_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBS_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/packaging/triggers)
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libcfgq-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "qt6-base-dev (>= 6.4)")
