@@ -101,10 +101,21 @@ set(CPACK_RPM_DEV_PACKAGE_NAME cfgq-devel)
 set(CPACK_RPM_DEV_PACKAGE_REQUIRES "qt6-qtbase-devel >= 6.4")
 set(CPACK_RPM_TOOL_PACKAGE_NAME cfgq)
 set(CPACK_RPM_TCL_PACKAGE_NAME tcl-cfgq)
+foreach(component DEV TOOL TCL)
+  list(APPEND CPACK_RPM_${component}_PACKAGE_REQUIRES
+       "cfgq-libs = ${PROJECT_VERSION}-${cfgq_package_release}")
+  string(REPLACE ";" ", " CPACK_RPM_${component}_PACKAGE_REQUIRES
+         "${CPACK_RPM_${component}_PACKAGE_REQUIRES}")
+endforeach()
+# The host stand-ins are provided to no one else; the package's files list only its own files
+# (no build-id links).
+set(CPACK_RPM_SPEC_MORE_DEFINE "%global __provides_exclude_from ^${CMAKE_INSTALL_PREFIX}/${CFGQ_INSTALL_PRIVATE_LIBDIR}/.*$
+%global __requires_exclude ^libkorvel_host[.]so
+%define _build_id_links none")
 # The system's packages own these directories.
 set(CPACK_RPM_EXCLUDE_FROM_AUTO_FILELIST_ADDITION
   /usr/${CMAKE_INSTALL_LIBDIR}/cmake /usr/${CMAKE_INSTALL_LIBDIR}/pkgconfig
-  /usr/${CMAKE_INSTALL_LIBDIR}/tcl8.6 /usr/share/bash-completion
+  /usr/${CMAKE_INSTALL_LIBDIR}/tcl8.6 /usr/share/man /usr/share/man/man1 /usr/share/bash-completion
   /usr/share/bash-completion/completions /usr/share/zsh /usr/share/zsh/site-functions)
 
 include(CPack)

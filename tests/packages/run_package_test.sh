@@ -24,7 +24,8 @@ for p in "${packages[@]}"; do
   fi
 done
 
-rm -rf "$work"
+# The package build is kept between runs, which then rebuild only what changed.
+find "$work" -mindepth 1 -maxdepth 1 ! -name build -exec rm -rf {} + 2>/dev/null || true
 mkdir -p "$work/home"
 PACKAGE_BUILD_DIR=$work/build bash "$source_dir/scripts/package.sh" >"$work/package.log"
 out=$work/build/packages
