@@ -40,9 +40,41 @@ else()
   set(CFGQ_INSTALL_ZSH_COMPLETIONDIR ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
 endif()
 
+# Library search paths. CMake would build a binary with its build-tree entries and edit them at
+# install time, padding the built entries with empty ones to make room; the loader reads an
+# empty entry as the current directory. So the build tree keeps the installed layout of the
+# libraries instead (libcfgq in <build>/LIBDIR, the host stand-ins in <build>/LIBDIR/cfgq, the
+# tools one level below <build> as bin is below the prefix), and an installed binary is built
+# with the very $ORIGIN-relative entries it is installed with.
+set(CFGQ_BUILD_LIBDIR ${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR})
+set(CFGQ_BUILD_PRIVATE_LIBDIR ${PROJECT_BINARY_DIR}/${CFGQ_INSTALL_PRIVATE_LIBDIR})
+
 # cfgq_private_runpath(target installed_dir): the installed target, which sits in installed_dir,
-# finds the host stand-ins through an $ORIGIN-relative entry and nothing else.
+# finds the host stand-ins and libcfgq relative to its own place, and nowhere else.
 function(cfgq_private_runpath target installed_dir)
-  file(RELATIVE_PATH relative /prefix/${installed_dir} /prefix/${CFGQ_INSTALL_PRIVATE_LIBDIR})
-  set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/${relative}")
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "EXECUTABLE")
+    get_target_property(built_dir ${target} RUNTIME_OUTPUT_DIRECTORY)
+  else()
+    get_target_property(built_dir ${target} LIBRARY_OUTPUT_DIRECTORY)
+  endif()
+  if(NOT built_dir)
+    get_target_property(built_dir ${target} BINARY_DIR)
+  endif()
+  set(entries "")
+  foreach(libdir ${CFGQ_INSTALL_PRIVATE_LIBDIR} ${CMAKE_INSTALL_LIBDIR})
+    file(RELATIVE_PATH installed /prefix/${installed_dir} /prefix/${libdir})
+    file(RELATIVE_PATH built ${built_dir} ${PROJECT_BINARY_DIR}/${libdir})
+    if(NOT installed STREQUAL built)
+      message(FATAL_ERROR "${target} is built in ${built_dir}, which does not stand to "
+                          "${libdir} as ${installed_dir} does in an install")
+    endif()
+    string(REGEX REPLACE "/$" "" installed "${installed}")
+    if(installed STREQUAL "")
+      continue()
+    endif()
+    list(APPEND entries "$ORIGIN/${installed}")
+  endforeach()
+  set_target_properties(${target} PROPERTIES INSTALL_RPATH "${entries}"
+                        BUILD_WITH_INSTALL_RPATH ON)
 endfunction()

@@ -27,7 +27,9 @@ done
 # The package build is kept between runs, which then rebuild only what changed.
 find "$work" -mindepth 1 -maxdepth 1 ! -name build -exec rm -rf {} + 2>/dev/null || true
 mkdir -p "$work/home"
-PACKAGE_BUILD_DIR=$work/build bash "$source_dir/scripts/package.sh" >"$work/package.log"
+PACKAGE_BUILD_DIR=$work/build bash "$source_dir/scripts/package.sh" >"$work/package.log" 2>&1 ||
+  { tail -40 "$work/package.log" >&2; fail "scripts/package.sh"; }
+grep '^[EW]: ' "$work/package.log" || true
 out=$work/build/packages
 multiarch=$(dpkg-architecture -qDEB_HOST_MULTIARCH)
 libdir=/usr/lib/$multiarch
@@ -88,7 +90,8 @@ expect() {
   [ "$got" = "$expected" ] || fail "$what printed '$got', expected '$expected'"
 }
 expect "cfgq" "from the package" cfgq get General Show_tips
-run man -P cat cfgq 2>/dev/null | grep -q "cfgq" || fail "man cfgq"
+manual=$(run man -P cat cfgq 2>&1) || fail "man cfgq: $manual"
+[[ $manual == *"cfgq get"* ]] || fail "man cfgq printed: $manual"
 expect "the Tcl package" "1.0 {from the package}" tclsh <<'EOF'
 puts [list [package require ::korvel::gui_settings] [cfgq_read_registry -key Show_tips General]]
 EOF
@@ -112,7 +115,7 @@ done
 
 # The RPMs: the same files, with lib64 for the library directory and Red Hat's Tcl and zsh
 # directories; Requires from the binaries' needs; RUNPATHs as in the .debs.
-dpkg-deb -c "${debs[@]}" | awk '$1 !~ /^d/ { sub(/^\./, "", $6); print $6 }' |
+for deb in "${debs[@]}"; do dpkg-deb -c "$deb"; done | awk '$1 !~ /^d/ { sub(/^\./, "", $6); print $6 }' |
   grep -v '^/usr/share/doc/' |
   sed -e "s|^/usr/lib/tcltk/$multiarch/|/usr/lib64/tcl8.6/|" -e "s|^$libdir/|/usr/lib64/|" \
       -e "s|/zsh/vendor-completions/|/zsh/site-functions/|" | sort >"$work/deb_files"
@@ -123,6 +126,9 @@ rpm -qp --qf '[%{FILEMODES:perms} %{FILENAMES}\n]' "${rpms[@]}" | awk '$1 !~ /^d
 diff "$work/deb_files" "$work/rpm_files" || fail "the RPMs' files differ from the .debs'"
 rpm -qpR "$out"/cfgq-libs-*.rpm | grep -q 'libQt6Core.so.6' || fail "cfgq-libs Requires"
 mkdir -p "$work/rpm_root"
-for r in "${rpms[@]}"; do (cd "$work/rpm_root" && rpm2cpio "$r" | cpio -idm --quiet); done
+for r in "${rpms[@]}"; do
+  rpm2cpio "$r" >"$work/payload.cpio"
+  (cd "$work/rpm_root" && cmake -E tar xf "$work/payload.cpio")
+done
 bash "$source_dir/scripts/check_runpath.sh" --installed "$work/rpm_root"
 echo "packages: installed, used and removed; the RPMs hold the same files"
