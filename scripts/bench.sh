@@ -14,7 +14,7 @@ out=${BENCH_OUT:-$(mktemp -d)}
 mkdir -p "$out"
 
 bash "$here/scripts/setup.sh" >&2
-cmake -S "$here" -B "$build" -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake -S "$here" -B "$build" -DCMAKE_BUILD_TYPE=Release -DCFGQ_BENCHMARKS=ON >/dev/null
 cmake --build "$build" -j "$(nproc 2>/dev/null || echo 2)" \
   --target registry_bench cfgq_peak_memory cfgq >/dev/null
 

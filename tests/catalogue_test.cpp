@@ -25,7 +25,7 @@ TEST_F(CatalogueTest, LibraryExportsEveryCatalogueObject) {
   const QString nm = QStandardPaths::findExecutable("nm");
   if (nm.isEmpty()) GTEST_SKIP() << "nm is not installed";
   QProcess process;
-  process.start(nm, {"-D", "--defined-only", CFGQ_BINARY_DIR "/gcl/cfgq/libcfgq.so"});
+  process.start(nm, {"-D", "--defined-only", CFGQ_LIBRARY_FILE});
   ASSERT_TRUE(process.waitForFinished(30'000));
   ASSERT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
 
