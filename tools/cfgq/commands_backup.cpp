@@ -1,4 +1,5 @@
 // Commands that back up and restore settings as JSON: export, import.
+#include <algorithm>
 #include <cstdio>
 
 #include <QFile>
@@ -85,7 +86,14 @@ bool read_input(const QString& name, QByteArray* bytes, QString* why, bool* too_
   // JSON quotes and escapes, so an export may be larger than the file it came from, but never
   // four times larger.
   const qint64 limit = 4 * max_file_bytes;
-  *bytes = file.read(limit + 1);
+  // A pipe gives what it holds at each read: read on until its end or past the bound.
+  bytes->clear();
+  for (;;) {
+    const QByteArray chunk = file.read(std::min<qint64>(limit + 1 - bytes->size(), 1 << 20));
+    if (chunk.isEmpty()) break;
+    bytes->append(chunk);
+    if (bytes->size() > limit) break;
+  }
   if (bytes->size() > limit) {
     *too_large = true;
     const QLocale english(QLocale::English);
