@@ -21,7 +21,9 @@ jobs=2
 cache=${CFGQ_WINDOWS_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/cfgq-windows}
 build=$here/build-windows
 toolchain=$here/cmake/windows-toolchain.cmake
-mingw_runtime=/usr/lib/gcc/x86_64-w64-mingw32/12-posix
+# mingw-w64's runtime DLLs: the C++ library and libgcc beside the compiler, the threads library
+# in the target tree.
+mingw_runtime="/usr/lib/gcc/x86_64-w64-mingw32/12-posix;/usr/x86_64-w64-mingw32/lib"
 
 say() { printf 'windows: %s\n' "$*" >&2; }
 as_root() {
@@ -40,7 +42,9 @@ if [ ${#missing[@]} -ne 0 ]; then
   as_root apt-get update
   as_root apt-get -o DPkg::Lock::Timeout=600 install -y --no-install-recommends "${missing[@]}"
 fi
+# Debian's wine64 keeps its programs in /usr/lib/wine (the wine package adds the PATH wrappers).
 wine=$(command -v wine64 || echo /usr/lib/wine/wine64)
+wineserver=$(command -v wineserver || echo /usr/lib/wine/wineserver)
 
 upstream_version() { # the upstream part of an installed package's version: 6.4.2+dfsg-10 -> 6.4.2
   dpkg-query -W -f='${Version}' "$1" | sed -e 's/^[0-9]*://' -e 's/[-+~].*$//'
@@ -166,11 +170,12 @@ export WINEPREFIX=$build/wine
 export WINEDEBUG=-all
 export WINEPATH="$build/bin;$qt_prefix/bin;$tcl_prefix/bin;$mingw_runtime"
 export CFGQ_WINE=$wine
-if [ ! -f "$WINEPREFIX/system.reg" ]; then
+mkdir -p "$build"
+if [ ! -d "$WINEPREFIX/drive_c" ]; then
   say "making the Wine prefix $WINEPREFIX"
   "$wine" wineboot --init >/dev/null 2>&1
 fi
-wineserver -p 60 2>/dev/null || true
+"$wineserver" -p 60 2>/dev/null || true  # already running for this prefix
 tcl_library=$(ls "$tcl_prefix"/lib/libtcl86*.a 2>/dev/null | head -n 1)
 # Every program and DLL in one directory, so that Windows finds the project's DLLs beside them.
 cmake -S "$here" -B "$build" -G Ninja \
@@ -190,5 +195,5 @@ status=0
 # shellcheck disable=SC2086
 ctest --test-dir "$build" --output-on-failure -j "$jobs" -LE 'posix_only|fuzz|install' \
   ${CFGQ_WINDOWS_CTEST_ARGS:-} || status=$?
-wineserver -k 2>/dev/null || true
+"$wineserver" -k 2>/dev/null || true
 exit "$status"

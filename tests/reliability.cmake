@@ -32,10 +32,14 @@ endif()
 # Hostile settings files. The fuzz target runs under libFuzzer in a Clang build configured with
 # CFGQ_FUZZ=ON (scripts/fuzz.sh); every build replays the seed corpus through the same target.
 set(cfgq_fuzz_corpus ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/corpus)
+if(WIN32)
+  cfgq_posix_only(fuzz_corpus_replay "the fuzz target sets file times with utimensat")
+else()
 add_executable(settings_fuzz_replay fuzz/settings_fuzz.cpp fuzz/replay_main.cpp)
 target_link_libraries(settings_fuzz_replay PRIVATE cfgq::cfgq cfgq_flags)
 add_test(NAME fuzz_corpus_replay COMMAND settings_fuzz_replay ${cfgq_fuzz_corpus})
 set_tests_properties(fuzz_corpus_replay PROPERTIES LABELS reliability)
+endif()
 
 option(CFGQ_FUZZ "build the libFuzzer target settings_fuzz (Clang only)" OFF)
 if(CFGQ_FUZZ AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
