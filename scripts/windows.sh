@@ -185,7 +185,7 @@ cmake -S "$here" -B "$build" -G Ninja \
   -DTCL_INCLUDE_PATH="$tcl_prefix/include" -DTCL_LIBRARY="$tcl_library" \
   -DTCL_TCLSH="$tcl_prefix/bin/tclsh86.exe" \
   -DCMAKE_RUNTIME_OUTPUT_DIRECTORY="$build/bin" \
-  -DCMAKE_DISABLE_FIND_PACKAGE_benchmark=ON \
+  -DCMAKE_DISABLE_FIND_PACKAGE_benchmark=ON -DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST \
   -DCMAKE_CROSSCOMPILING_EMULATOR="$here/scripts/wine_run.sh" >/dev/null
 cmake --build "$build" -j "$jobs"
 
