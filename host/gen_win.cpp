@@ -2,6 +2,7 @@
 // profile directory, through the Win32 API. The platform-neutral queries are in gen.cpp.
 #include "gen.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "wide_text_win.h"
@@ -67,6 +68,13 @@ bool random_name_part(std::wstring* part) {
   return true;
 }
 
+// A path as the suite's Qt code writes it, with "/" between the levels ("C:/Users/me"): the
+// library compares the paths it is given with the ones Qt hands back.
+std::string with_slashes(std::wstring path) {
+  std::replace(path.begin(), path.end(), L'\\', L'/');
+  return wide_to_utf8(path);
+}
+
 bool ends_with_separator(const std::wstring& path) {
   return !path.empty() && (path.back() == L'\\' || path.back() == L'/');
 }
@@ -85,7 +93,7 @@ std::string gen_get_temp_path() {
   // "C:\Users\me\AppData\Local\Temp\" -> "...\Temp", as the other platforms give it; a drive's
   // root keeps its separator.
   if (dir.size() > 3 && ends_with_separator(dir)) dir.pop_back();
-  return wide_to_utf8(dir);
+  return with_slashes(dir);
 }
 
 std::string gen_create_temp_file(const std::string& directory, const std::string& prefix) {
@@ -116,7 +124,7 @@ std::string gen_create_temp_file(const std::string& directory, const std::string
                                         CREATE_NEW,
                                         FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT,
                                         nullptr));
-    if (file.valid()) return wide_to_utf8(path);
+    if (file.valid()) return with_slashes(path);
     const DWORD error = GetLastError();
     if (error != ERROR_FILE_EXISTS && error != ERROR_ALREADY_EXISTS) return std::string();
   }
@@ -125,12 +133,15 @@ std::string gen_create_temp_file(const std::string& directory, const std::string
 
 std::string gen_get_user_profile_directory() {
   std::string dir = env_utf8(L"USERPROFILE");
-  if (!dir.empty()) return dir;
+  if (!dir.empty()) {
+    std::replace(dir.begin(), dir.end(), '\\', '/');
+    return dir;
+  }
   // Unset in the environment: ask the shell for the profile folder.
   PWSTR raw_path = nullptr;
   const HRESULT result = SHGetKnownFolderPath(FOLDERID_Profile, KF_FLAG_DEFAULT, nullptr, &raw_path);
   // The buffer is the caller's to free even when the call fails.
   const std::unique_ptr<wchar_t, task_memory_free> path(raw_path);
   if (FAILED(result) || path == nullptr) return std::string();
-  return wide_to_utf8(path.get());
+  return with_slashes(path.get());
 }
