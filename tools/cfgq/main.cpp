@@ -1,6 +1,10 @@
 // cfgq: look at and repair a user's Korvel settings file from the command line.
 // This file parses the command word and its options and hands over to the command's body.
 #include <algorithm>
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#endif
 #include <cstdio>
 #include <cstring>
 #include <optional>
@@ -253,6 +257,11 @@ int run_tool(QString* what) {
 }  // namespace
 
 int main(int argc, char** argv) {
+#ifdef _WIN32
+  // What the tool reads and prints is data (exports, -z listings, values for scripts): every
+  // byte as it is, no "\r\n" for "\n".
+  for (FILE* stream : {stdin, stdout, stderr}) _setmode(_fileno(stream), _O_BINARY);
+#endif
   QCoreApplication app(argc, argv);
   QString what = QStringLiteral("cfgq");
   int status = cli::exit_usage;
