@@ -174,8 +174,8 @@ mkdir -p "$build"
 if [ ! -d "$WINEPREFIX/drive_c" ]; then
   say "making the Wine prefix $WINEPREFIX"
   "$wine" wineboot --init >/dev/null 2>&1
+  "$wineserver" -w  # the prefix is complete when its server ends
 fi
-"$wineserver" -p 60 2>/dev/null || true  # already running for this prefix
 tcl_library=$(ls "$tcl_prefix"/lib/libtcl86*.a 2>/dev/null | head -n 1)
 # Every program and DLL in one directory, so that Windows finds the project's DLLs beside them.
 cmake -S "$here" -B "$build" -G Ninja \
@@ -189,6 +189,12 @@ cmake -S "$here" -B "$build" -G Ninja \
   -DCMAKE_CROSSCOMPILING_EMULATOR="$here/scripts/wine_run.sh" >/dev/null
 cmake --build "$build" -j "$jobs"
 
+# One Wine server for the whole run, started apart from any pipe: a server started by a test
+# program would hold that program's output pipe open, and whoever reads it would wait for the
+# server to end.
+# The same for the prefix's own background programs, which the first program starts.
+"$wineserver" -p </dev/null >/dev/null 2>&1 || true
+"$wine" cmd.exe /c exit </dev/null >/dev/null 2>&1 || true
 echo "windows: left out of the Windows run (label posix_only, each needs POSIX):"
 ctest --test-dir "$build" -N -L posix_only | sed -n 's/^ *Test *#[0-9]*: /  /p'
 status=0
