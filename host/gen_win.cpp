@@ -75,6 +75,26 @@ std::string with_slashes(std::wstring path) {
   return wide_to_utf8(path);
 }
 
+// This process's user as SID text ("S-1-5-21-...").
+bool current_user_sid(std::wstring* sid) {
+  HANDLE raw_token = nullptr;
+  if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &raw_token)) return false;
+  const owned_handle token(raw_token);
+  DWORD size = 0;
+  GetTokenInformation(raw_token, TokenUser, nullptr, 0, &size);
+  std::string buffer(size, '\0');
+  if (size == 0 || !GetTokenInformation(raw_token, TokenUser, buffer.data(), size, &size)) {
+    return false;
+  }
+  LPWSTR raw_text = nullptr;
+  if (!ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(buffer.data())->User.Sid, &raw_text)) {
+    return false;
+  }
+  const std::unique_ptr<void, local_free> text(raw_text);
+  *sid = raw_text;
+  return true;
+}
+
 bool ends_with_separator(const std::wstring& path) {
   return !path.empty() && (path.back() == L'\\' || path.back() == L'/');
 }
@@ -103,9 +123,14 @@ std::string gen_create_temp_file(const std::string& directory, const std::string
   if (!base.empty() && !ends_with_separator(base)) base += L'\\';
   base += wide_prefix;
 
-  // Only the owner has access, and nothing is inherited from the directory.
+  // Only this user has access, and nothing is inherited from the directory. The user is named
+  // by its own SID: the owner-rights entry (OW) also took the replace-by-rename that Qt's save
+  // needs away from the user under Wine.
+  std::wstring user_sid;
+  if (!current_user_sid(&user_sid)) return std::string();
+  const std::wstring sddl = L"D:P(A;;FA;;;" + user_sid + L")";
   PSECURITY_DESCRIPTOR raw_descriptor = nullptr;
-  if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(L"D:P(A;;FA;;;OW)", SDDL_REVISION_1,
+  if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(sddl.c_str(), SDDL_REVISION_1,
                                                             &raw_descriptor, nullptr)) {
     return std::string();
   }
