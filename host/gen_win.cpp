@@ -2,6 +2,7 @@
 // profile directory, through the Win32 API. The platform-neutral queries are in gen.cpp.
 #include "gen.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "wide_text_win.h"
@@ -67,6 +68,33 @@ bool random_name_part(std::wstring* part) {
   return true;
 }
 
+// A path as the suite's Qt code writes it, with "/" between the levels ("C:/Users/me"): the
+// library compares the paths it is given with the ones Qt hands back.
+std::string with_slashes(std::wstring path) {
+  std::replace(path.begin(), path.end(), L'\\', L'/');
+  return wide_to_utf8(path);
+}
+
+// This process's user as SID text ("S-1-5-21-...").
+bool current_user_sid(std::wstring* sid) {
+  HANDLE raw_token = nullptr;
+  if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &raw_token)) return false;
+  const owned_handle token(raw_token);
+  DWORD size = 0;
+  GetTokenInformation(raw_token, TokenUser, nullptr, 0, &size);
+  std::string buffer(size, '\0');
+  if (size == 0 || !GetTokenInformation(raw_token, TokenUser, buffer.data(), size, &size)) {
+    return false;
+  }
+  LPWSTR raw_text = nullptr;
+  if (!ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(buffer.data())->User.Sid, &raw_text)) {
+    return false;
+  }
+  const std::unique_ptr<void, local_free> text(raw_text);
+  *sid = raw_text;
+  return true;
+}
+
 bool ends_with_separator(const std::wstring& path) {
   return !path.empty() && (path.back() == L'\\' || path.back() == L'/');
 }
@@ -85,7 +113,7 @@ std::string gen_get_temp_path() {
   // "C:\Users\me\AppData\Local\Temp\" -> "...\Temp", as the other platforms give it; a drive's
   // root keeps its separator.
   if (dir.size() > 3 && ends_with_separator(dir)) dir.pop_back();
-  return wide_to_utf8(dir);
+  return with_slashes(dir);
 }
 
 std::string gen_create_temp_file(const std::string& directory, const std::string& prefix) {
@@ -95,9 +123,14 @@ std::string gen_create_temp_file(const std::string& directory, const std::string
   if (!base.empty() && !ends_with_separator(base)) base += L'\\';
   base += wide_prefix;
 
-  // Only the owner has access, and nothing is inherited from the directory.
+  // Only this user has access, and nothing is inherited from the directory. The user is named
+  // by its own SID: the owner-rights entry (OW) also took the replace-by-rename that Qt's save
+  // needs away from the user under Wine.
+  std::wstring user_sid;
+  if (!current_user_sid(&user_sid)) return std::string();
+  const std::wstring sddl = L"D:P(A;;FA;;;" + user_sid + L")";
   PSECURITY_DESCRIPTOR raw_descriptor = nullptr;
-  if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(L"D:P(A;;FA;;;OW)", SDDL_REVISION_1,
+  if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(sddl.c_str(), SDDL_REVISION_1,
                                                             &raw_descriptor, nullptr)) {
     return std::string();
   }
@@ -116,7 +149,7 @@ std::string gen_create_temp_file(const std::string& directory, const std::string
                                         CREATE_NEW,
                                         FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT,
                                         nullptr));
-    if (file.valid()) return wide_to_utf8(path);
+    if (file.valid()) return with_slashes(path);
     const DWORD error = GetLastError();
     if (error != ERROR_FILE_EXISTS && error != ERROR_ALREADY_EXISTS) return std::string();
   }
@@ -125,12 +158,15 @@ std::string gen_create_temp_file(const std::string& directory, const std::string
 
 std::string gen_get_user_profile_directory() {
   std::string dir = env_utf8(L"USERPROFILE");
-  if (!dir.empty()) return dir;
+  if (!dir.empty()) {
+    std::replace(dir.begin(), dir.end(), '\\', '/');
+    return dir;
+  }
   // Unset in the environment: ask the shell for the profile folder.
   PWSTR raw_path = nullptr;
   const HRESULT result = SHGetKnownFolderPath(FOLDERID_Profile, KF_FLAG_DEFAULT, nullptr, &raw_path);
   // The buffer is the caller's to free even when the call fails.
   const std::unique_ptr<wchar_t, task_memory_free> path(raw_path);
   if (FAILED(result) || path == nullptr) return std::string();
-  return wide_to_utf8(path.get());
+  return with_slashes(path.get());
 }

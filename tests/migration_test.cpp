@@ -45,9 +45,9 @@ class MigrationTest : public cfgq_test::SettingsTest {
   void run_in_child(const Suite& suite, const std::function<void(Findings&)>& scenario) {
     EXPECT_EXIT(
         {
-          setenv("KORVEL_VERSION", suite.running, 1);
-          setenv("KORVEL_VERSIONS", suite.versions, 1);
-          if (suite.config != nullptr) setenv("KORVEL_CONFIG_ON", suite.config, 1);
+          cfgq_test::set_env("KORVEL_VERSION", suite.running);
+          cfgq_test::set_env("KORVEL_VERSIONS", suite.versions);
+          if (suite.config != nullptr) cfgq_test::set_env("KORVEL_CONFIG_ON", suite.config);
           Findings findings;
           scenario(findings);
           std::fputs(findings.text().c_str(), stderr);

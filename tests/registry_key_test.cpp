@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QSettings>
 #include <QtGlobal>
 #include <gtest/gtest.h>
@@ -142,15 +143,15 @@ TEST_F(RegistryKeyTest, SixtyFourBitSwitchIsReadOnlyAtFirstMainKey) {
   EXPECT_EXIT(
       {
         const int before = main_key_mismatches({{"25.1", nullptr, "25.1_pro"}});
-        setenv("KORVEL_CONFIG_ON", "separate_settings_for_64_bit", 1);
+        cfgq_test::set_env("KORVEL_CONFIG_ON", "separate_settings_for_64_bit");
         std::exit(before + main_key_mismatches({{"25.1", nullptr, "25.1_pro"}}));
       },
       ::testing::ExitedWithCode(0), "");
   EXPECT_EXIT(
       {
-        setenv("KORVEL_CONFIG_ON", "separate_settings_for_64_bit", 1);
+        cfgq_test::set_env("KORVEL_CONFIG_ON", "separate_settings_for_64_bit");
         const int before = main_key_mismatches({{"25.1", nullptr, "25.1_64-Bit_pro"}});
-        unsetenv("KORVEL_CONFIG_ON");
+        cfgq_test::set_env("KORVEL_CONFIG_ON", std::nullopt);
         std::exit(before + main_key_mismatches({{"25.1", nullptr, "25.1_64-Bit_pro"}}));
       },
       ::testing::ExitedWithCode(0), "");
@@ -270,7 +271,7 @@ TEST_F(RegistryKeyTest, OnlyExactIsolationValuesSelectTheTemporaryFile) {
   const QString temp = temp_file();
   EXPECT_TRUE(QFileInfo(temp).fileName().startsWith("CFGQ")) << temp.toStdString();
   EXPECT_EQ(QFileInfo(temp).absolutePath(),
-            QFileInfo(QString::fromStdString(std::getenv("TMPDIR"))).absoluteFilePath());
+            QFileInfo(QString::fromStdString(cfgq_test::get_env("TMPDIR").value_or(""))).absoluteFilePath());
   struct Row {
     const char* variable;
     const char* value;
@@ -311,10 +312,10 @@ TEST_F(RegistryKeyTest, IsolatedViewsShareTheTemporaryFile) {
 TEST_F(RegistryKeyTest, TemporaryFileIsMadeAtFirstPathComputation) {
   EXPECT_EXIT(
       {
-        const QDir tmp(QString::fromUtf8(std::getenv("TMPDIR")));
+        const QDir tmp(QString::fromStdString(cfgq_test::get_env("TMPDIR").value_or("")));
         const Key ordinary(Key::GENERAL, nullptr, nullptr);
         const QStringList made = tmp.entryList({"CFGQ*"}, QDir::Files);
-        setenv("PBUILD_BUILD", "1", 1);
+        cfgq_test::set_env("PBUILD_BUILD", "1");
         const Key isolated(Key::GENERAL, nullptr, nullptr);
         std::exit(made.size() == 1 && isolated.fileName() == tmp.absoluteFilePath(made[0]) ? 0
                                                                                              : 1);
@@ -327,10 +328,10 @@ TEST_F(RegistryKeyTest, TemporaryFileIsObtainedOnceTheDirectoryCanTakeIt) {
   const QString good_dir = home();
   EXPECT_EXIT(
       {
-        setenv("TMPDIR", (home() + "/missing").toUtf8().constData(), 1);
-        setenv("PBUILD_BUILD", "1", 1);
+        cfgq_test::set_env("TMPDIR", (home() + "/missing").toUtf8().constData());
+        cfgq_test::set_env("PBUILD_BUILD", "1");
         { const Key first(Key::GENERAL, nullptr, nullptr); }
-        setenv("TMPDIR", good_dir.toUtf8().constData(), 1);
+        cfgq_test::set_env("TMPDIR", good_dir.toUtf8().constData());
         const QString second = Key(Key::GENERAL, nullptr, nullptr).fileName();
         const QString third = Key(Key::GENERAL, nullptr, nullptr).fileName();
         std::exit(second.startsWith(good_dir + "/CFGQ") && third == second ? 0 : 1);
@@ -389,14 +390,13 @@ TEST_F(RegistryKeyTest, AbsentFileIsCreatedOnlyByAWrite) {
 
 // Runs the probe program with the test's HOME and TMPDIR and returns the path it printed.
 QString run_probe(const char* value) {
-  const std::string command = std::string("'") + CFGQ_VIEW_PROBE + "' " + value;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) return QString();
-  char line[4096] = {};
-  const bool got = std::fgets(line, sizeof line, pipe) != nullptr;
-  const int status = pclose(pipe);
-  if (!got || status != 0) return QString();
-  return QString::fromUtf8(line).trimmed();
+  QProcess probe;
+  probe.start(QStringLiteral(CFGQ_VIEW_PROBE), {QString::fromUtf8(value)});
+  if (!probe.waitForFinished(60'000) || probe.exitStatus() != QProcess::NormalExit ||
+      probe.exitCode() != 0) {
+    return QString();
+  }
+  return QString::fromUtf8(probe.readAllStandardOutput()).section(QLatin1Char('\n'), 0, 0).trimmed();
 }
 
 TEST_F(RegistryKeyTest, TemporaryFileIsDeletedWhenTheLibraryUnloads) {

@@ -23,6 +23,11 @@
 
 #include <fcntl.h>
 #include <unistd.h>
+#ifdef _WIN32
+#include <windows.h>
+#define O_CLOEXEC _O_NOINHERIT
+#define pause() Sleep(INFINITE)
+#endif
 
 #include <QCoreApplication>
 #include <QFile>

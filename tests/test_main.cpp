@@ -5,13 +5,15 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include "test_support.h"
+
 int main(int argc, char** argv) {
   ::testing::InitGoogleTest(&argc, argv);
   ::testing::GTEST_FLAG(death_test_style) = "threadsafe";
   QTemporaryDir process_dir;
   if (!process_dir.isValid()) return 1;
-  const QByteArray dir = process_dir.path().toLocal8Bit();
-  setenv("TMPDIR", dir.constData(), 1);
-  setenv("HOME", dir.constData(), 1);
+  const std::string dir = process_dir.path().toStdString();
+  cfgq_test::set_env("TMPDIR", dir);
+  cfgq_test::set_env("HOME", dir);
   return RUN_ALL_TESTS();
 }

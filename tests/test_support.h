@@ -41,26 +41,40 @@ inline bool reachable_by_others(const QString& path) {
   }
 }
 
+// The name under which the stand-ins read a variable on this platform: on Windows the profile
+// is USERPROFILE and the temporary directory TMP.
+inline QByteArray platform_name(const char* name) {
+#ifdef _WIN32
+  if (qstrcmp(name, "HOME") == 0) return "USERPROFILE";
+  if (qstrcmp(name, "TMPDIR") == 0) return "TMP";
+#endif
+  return name;
+}
+inline std::optional<std::string> get_env(const char* name) {
+  if (!qEnvironmentVariableIsSet(platform_name(name))) return std::nullopt;
+  return qEnvironmentVariable(platform_name(name)).toStdString();
+}
+// Sets (or, with nullopt, unsets) an environment variable.
+inline void set_env(const char* name, const std::optional<std::string>& value) {
+  if (value) {
+    qputenv(platform_name(name), QByteArray::fromStdString(*value));
+  } else {
+    qunsetenv(platform_name(name));
+  }
+}
+
 // Sets (or, with nullopt, unsets) an environment variable and puts the old value back.
 class EnvGuard {
  public:
-  EnvGuard(const char* name, std::optional<std::string> value) : m_name(name) {
-    if (const char* old = std::getenv(name)) m_old = std::string(old);
-    set(value);
+  EnvGuard(const char* name, std::optional<std::string> value)
+      : m_name(name), m_old(get_env(name)) {
+    set_env(name, value);
   }
-  ~EnvGuard() { set(m_old); }
+  ~EnvGuard() { set_env(m_name.c_str(), m_old); }
   EnvGuard(const EnvGuard&) = delete;
   EnvGuard& operator=(const EnvGuard&) = delete;
 
  private:
-  void set(const std::optional<std::string>& value) {
-    if (value) {
-      setenv(m_name.c_str(), value->c_str(), 1);
-    } else {
-      unsetenv(m_name.c_str());
-    }
-  }
-
   std::string m_name;
   std::optional<std::string> m_old;
 };

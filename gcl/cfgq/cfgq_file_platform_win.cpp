@@ -53,6 +53,10 @@ void set_why(QString* why) {
   if (why != nullptr) *why = error_text(::GetLastError());
 }
 
+// The longest single pause between tries of a refused rename; the pauses double from 5 ms, so
+// all of them together come to about a second.
+constexpr DWORD rename_retry_limit_ms = 640;
+
 qint64 to_ms(const FILETIME& time) {
   ULARGE_INTEGER value;
   value.LowPart = time.dwLowDateTime;
@@ -188,11 +192,30 @@ bool hard_link(const QString& from, const QString& to, QString* why) {
 }
 
 bool rename_over(const QString& from, const QString& to, QString* why) {
-  if (::MoveFileExW(native(from).c_str(), native(to).c_str(),
-                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
-    return true;
+  // Another process may hold the file open without letting it be deleted (a reader through Qt,
+  // an editor, a virus scanner, the search indexer): the system then refuses to replace it.
+  // Such a hold is brief, so the rename is tried again for about a second before the write
+  // fails. The rename replaces the file in one step or not at all, so the old file stays until
+  // the new one takes its name (unlike ReplaceFileW, which can fail having moved the old file
+  // away). A read-only file is refused at once: waiting would not change that.
+  const std::wstring source = native(from);
+  const std::wstring target = native(to);
+  DWORD error = ERROR_SUCCESS;
+  for (DWORD pause_ms = 5;; pause_ms *= 2) {
+    if (::MoveFileExW(source.c_str(), target.c_str(),
+                      MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+      return true;
+    }
+    error = ::GetLastError();
+    const DWORD attributes = ::GetFileAttributesW(target.c_str());
+    const bool read_only =
+        attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    const bool held = error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION ||
+                      (error == ERROR_ACCESS_DENIED && !read_only);
+    if (!held || pause_ms > rename_retry_limit_ms) break;
+    ::Sleep(pause_ms);
   }
-  set_why(why);
+  if (why != nullptr) *why = error_text(error);
   return false;
 }
 
@@ -214,10 +237,12 @@ QString make_private_dir(const QString& pattern) {
 }
 
 bool make_link(const QString& target, const QString& link) {
-  // Needs the right to make links (developer mode or the privilege); without it the owner opens
-  // the file under its own name and Qt takes the file's lock itself.
-  return ::CreateSymbolicLinkW(native(link).c_str(), native(target).c_str(),
-                               SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE) != 0;
+  // No links on Windows: making one needs a privilege or developer mode, and Wine reports
+  // success without making one. Without a link the owner writes the file under its own name
+  // and Qt takes the file's lock itself.
+  (void)target;
+  (void)link;
+  return false;
 }
 
 void own_private_file(const QString& path) {

@@ -1,8 +1,12 @@
 // The watch command: prints each value that changes as other processes write the settings
-// file, until SIGINT or SIGTERM ends it.
+// file, until SIGINT or SIGTERM (on Windows Ctrl-C, Ctrl-Break or the console's closing) ends it.
+#ifdef _WIN32
+#include <windows.h>
+#else
 #include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
+#endif
 
 #include <cerrno>
 #include <cstdio>
@@ -23,6 +27,29 @@
 namespace cli {
 namespace {
 
+#ifdef _WIN32
+// Quits the event loop on Ctrl-C, Ctrl-Break or the console's closing. The handler runs on a
+// thread of the system's and queues the quit to the loop; it is removed when the object goes.
+class stop_on_signals {
+ public:
+  stop_on_signals() : m_installed(::SetConsoleCtrlHandler(on_event, TRUE) != 0) {}
+  ~stop_on_signals() {
+    if (m_installed) ::SetConsoleCtrlHandler(on_event, FALSE);
+  }
+  stop_on_signals(const stop_on_signals&) = delete;
+  stop_on_signals& operator=(const stop_on_signals&) = delete;
+
+  bool installed() const { return m_installed; }
+
+ private:
+  static BOOL WINAPI on_event(DWORD) {
+    QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
+                              Qt::QueuedConnection);
+    return TRUE;
+  }
+  bool m_installed;
+};
+#else
 // Quits the event loop on SIGINT or SIGTERM. The handler only writes a byte to a pipe; the loop
 // reads it. The previous handlers come back when the object goes.
 class stop_on_signals {
@@ -69,6 +96,7 @@ class stop_on_signals {
   struct sigaction m_old_term {};
   bool m_installed = false;
 };
+#endif
 
 // A value as a line shows it: long ones are cut, as in `show`.
 QString shown(const QVariant& value) {

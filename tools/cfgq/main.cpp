@@ -1,6 +1,10 @@
 // cfgq: look at and repair a user's Korvel settings file from the command line.
 // This file parses the command word and its options and hands over to the command's body.
 #include <algorithm>
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#endif
 #include <cstdio>
 #include <cstring>
 #include <optional>
@@ -125,6 +129,13 @@ QString value_like_option(const QCommandLineParser& parser, const QStringList& w
 // The first command-line argument that is not valid UTF-8 (Qt would turn its bytes into U+FFFD):
 // its position, or 0 when every argument is.
 int first_undecodable_argument(int argc, char** argv) {
+#ifdef _WIN32
+  // Windows hands the arguments over as UTF-16 (which Qt reads); argv holds them in the
+  // system's 8-bit code page, which is no test of them.
+  (void)argc;
+  (void)argv;
+  return 0;
+#endif
   for (int i = 1; i < argc; ++i) {
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString decoded = decoder.decode(QByteArrayView(argv[i], static_cast<qsizetype>(std::strlen(argv[i]))));
@@ -296,6 +307,11 @@ int run_tool(QString* what) {
 }  // namespace
 
 int main(int argc, char** argv) {
+#ifdef _WIN32
+  // What the tool reads and prints is data (exports, -z listings, values for scripts): every
+  // byte as it is, no "\r\n" for "\n".
+  for (FILE* stream : {stdin, stdout, stderr}) _setmode(_fileno(stream), _O_BINARY);
+#endif
   QCoreApplication app(argc, argv);
   QString what = QStringLiteral("cfgq");
   int status = cli::exit_usage;

@@ -2,6 +2,10 @@
 //   cfgqsh                      interactive
 //   cfgqsh script.tcl args...   runs the script with $argv set to args
 #include <tcl.h>
+#ifdef _WIN32
+#include <windows.h>
+#include <shellapi.h>
+#endif
 
 #include "atcl.h"
 
@@ -25,7 +29,19 @@ int init_shell(Tcl_Interp* interp) {
 
 }  // namespace
 
+#ifdef _WIN32
+// Tcl for Windows takes the arguments as UTF-16, as the system hands them over. Tcl_Main ends
+// the process itself, so the system's copy of them is never given back.
+int main() {
+  int argc = 0;
+  wchar_t** argv = CommandLineToArgvW(GetCommandLineW(), &argc);
+  if (argv == nullptr) return 1;
+  Tcl_Main(argc, argv, init_shell);
+  return 0;
+}
+#else
 int main(int argc, char** argv) {
   Tcl_Main(argc, argv, init_shell);
   return 0;  // Tcl_Main exits the process itself
 }
+#endif
