@@ -98,8 +98,10 @@ mutant $k "a write cut short is renamed over the file" \
   'if (found != expected || (written.size > 0 && !ends_with_line_end)) {' \
   'if (found != expected && written.size > 0 && !ends_with_line_end) {'
 mutant $k "a write goes ahead without the file's lock" \
-  'lock.take(&why, &holder, &guard);' \
-  'true;'
+  '!takes_own_lock(record, generation) ||
+                      lock.take(&why, &holder, &guard);' \
+  '!takes_own_lock(record, generation) ||
+                      true;'
 mutant $k "the event loop's flush bypasses the lock and the check" \
   'if (event->type() != QEvent::UpdateRequest) return QSettings::event(event);' \
   'return QSettings::event(event);'
