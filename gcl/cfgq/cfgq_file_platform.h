@@ -156,13 +156,19 @@ class held_file {
   // Makes `path` exclusively, locks it and writes `text`. False (reason in *why) when it can't:
   // a full file system fails here.
   bool make(const QString& path, const QByteArray& text, QString* why);
+  // Takes the lock of the existing marker at `path` when no one holds it (free: held by this
+  // object from now on); held when someone does, or when it can't be opened; missing when
+  // there is none. Whoever removes what a marker marks holds it meanwhile, so that its maker,
+  // between making the file and locking it, gives it up rather than take it over half removed.
+  enum class holding { missing, free, held };
+  holding take(const QString& path);
   bool made() const;
 
  private:
   struct state;
   std::unique_ptr<state> m_state;
 };
-enum class holding { missing, free, held };
+using holding = held_file::holding;
 // Whether the marker file at `path` has a live owner. A file that can't be opened counts as held.
 holding holding_of(const QString& path);
 

@@ -474,11 +474,16 @@ bool held_file::make(const QString& path, const QByteArray& text, QString* why) 
 
 bool held_file::made() const { return m_state != nullptr; }
 
-holding holding_of(const QString& path) {
-  const owned_fd fd(open_for_locking(QFile::encodeName(path)));
+holding held_file::take(const QString& path) {
+  owned_fd fd(open_for_locking(QFile::encodeName(path)));
   if (fd.get() < 0) return errno == ENOENT ? holding::missing : holding::held;
-  return ::flock(fd.get(), LOCK_EX | LOCK_NB) == 0 ? holding::free : holding::held;
+  if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) return holding::held;
+  m_state = std::make_unique<state>();
+  m_state->fd = std::move(fd);
+  return holding::free;
 }
+
+holding holding_of(const QString& path) { return held_file().take(path); }
 
 bool locks_stay_local(const QString& path) {
   // The mount holding the path: the longest mount point that is a prefix of its directory.

@@ -343,11 +343,17 @@ bool held_file::make(const QString& path, const QByteArray& text, QString* why) 
 
 bool held_file::made() const { return m_state != nullptr; }
 
-holding holding_of(const QString& path) {
-  const owned_handle file(open_locked(path, OPEN_EXISTING));
-  if (file.valid()) return holding::free;
-  return ::GetLastError() == ERROR_FILE_NOT_FOUND ? holding::missing : holding::held;
+holding held_file::take(const QString& path) {
+  auto taken = std::make_unique<state>();
+  taken->handle = open_locked(path, OPEN_EXISTING);
+  if (taken->handle == INVALID_HANDLE_VALUE) {
+    return ::GetLastError() == ERROR_FILE_NOT_FOUND ? holding::missing : holding::held;
+  }
+  m_state = std::move(taken);
+  return holding::free;
 }
+
+holding holding_of(const QString& path) { return held_file().take(path); }
 
 bool locks_stay_local(const QString& path) {
   (void)path;

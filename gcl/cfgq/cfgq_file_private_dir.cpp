@@ -96,7 +96,10 @@ void cfgq_sweep_private_dirs(const QString& parent) {
     const platform::file_state state = platform::state_of(path, false);
     if (!state.exists || state.link || state.owner != platform::this_user()) continue;
     const QString owner = path + QLatin1Char('/') + owner_name;
-    switch (platform::holding_of(owner)) {
+    // Held until the directory is gone: a maker that made the owner file but has not locked it
+    // yet fails to lock it and makes another directory.
+    platform::held_file taken;
+    switch (taken.take(owner)) {
       case platform::holding::held:
         break;
       case platform::holding::free:
