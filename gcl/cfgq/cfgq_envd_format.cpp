@@ -2,7 +2,8 @@
 #include "cfgq_envd_format.h"
 
 #include <QHash>
-#include <QStringDecoder>
+
+#include "cfgq_utf8.h"
 
 namespace envd {
 namespace {
@@ -32,12 +33,6 @@ bool is_valid_name(const QByteArray& name) {
     if (!letter && !(digit && i > 0)) return false;
   }
   return true;
-}
-
-bool is_utf8(const QByteArray& bytes) {
-  QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-  const QString ignored = decoder.decode(bytes);
-  return !decoder.hasError();
 }
 
 qsizetype read_comment(const QByteArray& bytes, qsizetype at, int* open) {
@@ -186,7 +181,7 @@ parsed_file parse(const QByteArray& bytes) {
     i = read_value(bytes, i + 1, &a.value, &file.breaks_needed);
     a.end = i;
     a.line_end = i < bytes.size() ? past_line_break(bytes, i) : i;
-    if (file.bad_utf8_at < 0 && !is_utf8(a.value)) file.bad_utf8_at = a.begin;
+    if (file.bad_utf8_at < 0 && !cfgq_is_utf8(a.value)) file.bad_utf8_at = a.begin;
     i = a.line_end;
     file.assignments.push_back(std::move(a));
   }
@@ -197,7 +192,7 @@ std::vector<std::pair<QByteArray, QByteArray>> variables(const parsed_file& file
   std::vector<std::pair<QByteArray, QByteArray>> result;
   QHash<QByteArray, std::size_t> position;  // name -> its entry in result
   for (const assignment& a : file.assignments) {
-    if (!is_valid_name(a.name) || a.value.isEmpty() || !is_utf8(a.value)) continue;
+    if (!is_valid_name(a.name) || a.value.isEmpty() || !cfgq_is_utf8(a.value)) continue;
     const auto known = position.constFind(a.name);
     if (known != position.constEnd()) {
       result[*known].second = a.value;
@@ -212,7 +207,7 @@ std::vector<std::pair<QByteArray, QByteArray>> variables(const parsed_file& file
 std::optional<QByteArray> lookup(const parsed_file& file, const QByteArray& name) {
   // The last counting assignment of the name.
   for (auto a = file.assignments.rbegin(); a != file.assignments.rend(); ++a) {
-    if (a->name == name && is_valid_name(a->name) && !a->value.isEmpty() && is_utf8(a->value)) {
+    if (a->name == name && is_valid_name(a->name) && !a->value.isEmpty() && cfgq_is_utf8(a->value)) {
       return a->value;
     }
   }

@@ -24,7 +24,6 @@
 namespace envd {
 
 bool is_valid_name(const QByteArray& name);
-bool is_utf8(const QByteArray& bytes);
 
 // One NAME=VALUE assignment of a file and the bytes it spans.
 struct assignment {

@@ -69,21 +69,21 @@ bool make_private_file(const QString& path, const file_state* like, QString* why
 void adopt_owner(const QString& path, const QString& directory);
 void adopt_owner(const QString& path);
 
-// Gives the file at `path` the owner, group and permission bits of `like` where they differ and
-// the process may change them (a write by another user, such as root, replaced the file).
-void restore_owner_and_mode(const QString& path, const file_state& like);
+// Gives the file at `path` the owner, group and permission bits of `like` where they differ (a
+// write by another user, such as root, replaced the file). False (reason in *why) when the owner
+// can't be kept; a group the process can't give is left.
+bool restore_owner_and_mode(const QString& path, const file_state& like, QString* why);
 
 // A second name for the file at `from` (no copy, no space). False (reason in *why) when the file
 // system can't give one.
 bool hard_link(const QString& from, const QString& to, QString* why);
 
-// Replaces the file at `path` with `bytes` so that it holds its old bytes or all the new ones: a
-// temporary file `temp_stem` and six more letters, beside it (missing directories made, the
-// user's alone), every write checked, flushed to disk, the old file's owner and mode (the user's
-// alone for a new one), renamed over it. False, with the system's reason in *why, when the file
-// was left as it was.
-bool replace_file(const QString& path, const QString& temp_stem, const QByteArray& bytes,
-                  QString* why);
+// Makes the file at `path` exclusively, the user's alone, and writes all of `bytes` to it,
+// flushed to disk. False (reason in *why) when any of it fails: a full disk, a quota.
+bool write_new_file(const QString& path, const QByteArray& bytes, QString* why);
+
+// Flushes the directory's entries to disk (a rename in it is then kept across a crash).
+void sync_directory(const QString& directory);
 
 // Makes the missing directories of `directory`, each the user's alone (the owner's of the
 // directory above, for root in another user's directory). False (reason in *why) on failure.

@@ -49,32 +49,6 @@ void set_why(QString* why, int error) {
   if (why != nullptr) *why = error_text(error);
 }
 
-// A temporary file beside `path`, removed on every path unless renamed into place.
-class temp_file {
- public:
-  explicit temp_file(const QByteArray& path)
-      : m_path(path + ".XXXXXX"), m_fd(mkostemp(m_path.data(), O_CLOEXEC)) {
-    if (m_fd.get() < 0) m_path.clear();
-  }
-  ~temp_file() {
-    if (!m_path.isEmpty()) unlink(m_path.constData());
-  }
-  temp_file(const temp_file&) = delete;
-  temp_file& operator=(const temp_file&) = delete;
-  int fd() const { return m_fd.get(); }
-  const QByteArray& path() const { return m_path; }
-  int close() { return m_fd.close(); }
-  int rename_to(const QByteArray& target) {
-    const int result = ::rename(m_path.constData(), target.constData());
-    if (result == 0) m_path.clear();
-    return result;
-  }
-
- private:
-  QByteArray m_path;
-  owned_fd m_fd;
-};
-
 // Writes all of `bytes`; a short write is continued, and the error that stops it is returned
 // (0 when everything was written).
 int write_all(int fd, const QByteArray& bytes) {
@@ -113,44 +87,22 @@ bool make_directories(const QString& directory, QString* why) {
   return true;
 }
 
-bool replace_file(const QString& path, const QString& temp_stem, const QByteArray& bytes,
-                  QString* why) {
-  const QByteArray target = QFile::encodeName(path);
-  const QByteArray directory = target.left(target.lastIndexOf('/'));
-  const auto failed = [why](const QString& reason) {
-    if (why != nullptr) *why = reason;
-    return false;
-  };
-  if (const int error = make_directories(directory)) {
-    return failed(QStringLiteral("can't create %1: %2")
-                      .arg(QFile::decodeName(directory), error_text(error)));
-  }
-  temp_file temp(QFile::encodeName(temp_stem));
-  if (temp.fd() < 0) {
-    return failed(QStringLiteral("can't create a file in %1: %2")
-                      .arg(QFile::decodeName(directory), error_text(errno)));
-  }
-  struct stat old;
-  const bool existed = stat(target.constData(), &old) == 0;
-  // The old file's owner and mode, or the user's alone for a new one.
-  if (existed && (old.st_uid != geteuid() || old.st_gid != getegid()) &&
-      fchown(temp.fd(), old.st_uid, old.st_gid) != 0) {
-    return failed(QStringLiteral("can't keep its owner (uid %1): %2")
-                      .arg(old.st_uid)
-                      .arg(error_text(errno)));
-  }
-  if (fchmod(temp.fd(), existed ? old.st_mode & 07777 : owner_only) != 0) {
-    return failed(error_text(errno));
-  }
-  if (!existed) adopt_owner(QFile::decodeName(temp.path()));
-  if (const int error = write_all(temp.fd(), bytes)) return failed(error_text(error));
-  if (fsync(temp.fd()) != 0 || temp.close() != 0) return failed(error_text(errno));
-  if (temp.rename_to(target) != 0) return failed(error_text(errno));
-  // The rename itself reaches the disk with the directory.
-  owned_fd dir(open(directory.isEmpty() ? "/" : directory.constData(),
-                    O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (dir.get() >= 0) fsync(dir.get());
-  return true;
+bool write_new_file(const QString& path, const QByteArray& bytes, QString* why) {
+  const owned_fd fd(::open(QFile::encodeName(path).constData(),
+                           O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, owner_only));
+  int error = fd.get() < 0 ? errno : 0;
+  if (error == 0 && ::fchmod(fd.get(), owner_only) != 0) error = errno;
+  if (error == 0) error = write_all(fd.get(), bytes);
+  if (error == 0 && ::fsync(fd.get()) != 0) error = errno;
+  if (error == 0) return true;
+  set_why(why, error);
+  return false;
+}
+
+void sync_directory(const QString& directory) {
+  const owned_fd dir(::open(QFile::encodeName(directory).constData(),
+                            O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (dir.get() >= 0) ::fsync(dir.get());
 }
 
 file_state state_of(const QByteArray& native, bool follow_links) {
@@ -229,18 +181,31 @@ bool make_private_file(const QString& path, const file_state* like, QString* why
   return true;
 }
 
-void restore_owner_and_mode(const QString& path, const file_state& like) {
-  if (!like.exists) return;
+bool restore_owner_and_mode(const QString& path, const file_state& like, QString* why) {
   const QByteArray native = QFile::encodeName(path);
   const owned_fd fd(::open(native.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   struct stat st {};
-  if (fd.get() < 0 || ::fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode)) return;
-  if ((st.st_uid != like.owner || st.st_gid != like.group) && ::geteuid() == 0) {
-    if (::fchown(fd.get(), static_cast<uid_t>(like.owner), static_cast<gid_t>(like.group)) != 0) {
-      return;
+  if (fd.get() < 0 || ::fstat(fd.get(), &st) != 0) {
+    set_why(why, errno);
+    return false;
+  }
+  if (st.st_uid != like.owner || st.st_gid != like.group) {
+    // Only root gives a file away; anyone may give it a group of theirs.
+    const uid_t owner = ::geteuid() == 0 ? static_cast<uid_t>(like.owner) : static_cast<uid_t>(-1);
+    if (::fchown(fd.get(), owner, static_cast<gid_t>(like.group)) != 0) {
+      ::fchown(fd.get(), owner, static_cast<gid_t>(-1));
+    }
+    if (::fstat(fd.get(), &st) != 0 || st.st_uid != like.owner) {
+      if (why != nullptr) {
+        *why = QStringLiteral("can't keep its owner (uid %1): %2")
+                   .arg(like.owner)
+                   .arg(error_text(EPERM));
+      }
+      return false;
     }
   }
   if ((st.st_mode & 07777) != like.mode) ::fchmod(fd.get(), static_cast<mode_t>(like.mode));
+  return true;
 }
 
 bool hard_link(const QString& from, const QString& to, QString* why) {

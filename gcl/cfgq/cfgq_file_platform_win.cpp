@@ -1,7 +1,6 @@
 // File-system operations of the settings file's owner on Windows.
 #include "cfgq_file_platform.h"
 
-#include <io.h>
 #include <windows.h>
 
 #include <limits>
@@ -10,7 +9,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLockFile>
-#include <QTemporaryFile>
 #include <QRandomGenerator>
 #include <QSysInfo>
 
@@ -164,25 +162,33 @@ bool make_private_file(const QString& path, const file_state* like, QString* why
   return true;
 }
 
-void restore_owner_and_mode(const QString& path, const file_state& like) {
+bool restore_owner_and_mode(const QString& path, const file_state& like, QString* why) {
   // Ownership and access lists stay with the directory's inheritance on Windows.
   (void)path;
   (void)like;
+  (void)why;
+  return true;
 }
 
-bool replace_file(const QString& path, const QString& temp_stem, const QByteArray& bytes,
-                  QString* why) {
+bool write_new_file(const QString& path, const QByteArray& bytes, QString* why) {
   // A new file in the profile inherits the profile's access list, which is the user's own.
-  QTemporaryFile temporary(temp_stem + QStringLiteral(".XXXXXX"));
-  if (!temporary.open() || temporary.write(bytes) != bytes.size() || !temporary.flush() ||
-      !::FlushFileBuffers(reinterpret_cast<HANDLE>(_get_osfhandle(temporary.handle())))) {
-    if (why != nullptr) *why = temporary.errorString();
-    return false;
+  const owned_handle file(::CreateFileW(native(path).c_str(), GENERIC_WRITE, 0, nullptr,
+                                        CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+  DWORD wrote = 0;
+  if (file.valid() &&
+      (bytes.isEmpty() || (::WriteFile(file.get(), bytes.constData(),
+                                       static_cast<DWORD>(bytes.size()), &wrote, nullptr) &&
+                           wrote == static_cast<DWORD>(bytes.size()))) &&
+      ::FlushFileBuffers(file.get())) {
+    return true;
   }
-  temporary.close();
-  if (!rename_over(temporary.fileName(), path, why)) return false;
-  temporary.setAutoRemove(false);
-  return true;
+  set_why(why);
+  return false;
+}
+
+void sync_directory(const QString& directory) {
+  // The rename is written through (MOVEFILE_WRITE_THROUGH): nothing more to flush.
+  (void)directory;
 }
 
 bool hard_link(const QString& from, const QString& to, QString* why) {

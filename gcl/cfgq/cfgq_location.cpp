@@ -22,7 +22,6 @@
 #include "ver.h"
 
 #include "cfgq_file_platform.h"
-#include "cfgq_file_private_dir.h"
 
 namespace {
 
@@ -147,22 +146,3 @@ QString cfgq_private_base() {
 }
 
 void cfgq_secure_temporary_file(const QString& path) { cfgq_platform::own_private_file(path); }
-
-bool cfgq_replace_file(const QString& path, const QByteArray& bytes, QString* why) {
-  const QString directory = QFileInfo(path).absolutePath();
-  if (!cfgq_platform::make_directories(directory, why)) return false;
-  const QString parent = cfgq_beside_parent(path);
-  cfgq_sweep_private_dirs(parent);
-  bool replaced = false;
-  {
-    QString failure;
-    const std::unique_ptr<cfgq_private_dir> stage = cfgq_private_dir::make(parent, {}, &failure);
-    if (!stage) {
-      if (why != nullptr) *why = QStringLiteral("can't create a file in %1: %2").arg(directory, failure);
-      return false;
-    }
-    replaced = cfgq_platform::replace_file(path, stage->file(QStringLiteral("new")), bytes, why);
-  }
-  cfgq_remove_if_empty(parent);
-  return replaced;
-}

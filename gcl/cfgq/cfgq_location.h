@@ -40,9 +40,3 @@ QString cfgq_private_base();
 // only its owner can read and write: anything else standing there (a link or pipe planted at its
 // name) is replaced, never followed.
 void cfgq_secure_temporary_file(const QString& path);
-
-// Replaces the file at `path` with `bytes`, all or nothing: staged in a private directory of this
-// process beside it (see cfgq_file_private_dir.h), checked, synced and renamed over it, after
-// removing what gone writers left there. The caller holds the file's lock. False, with the
-// reason in *why, when the file was left as it was.
-bool cfgq_replace_file(const QString& path, const QByteArray& bytes, QString* why);

@@ -2,7 +2,7 @@
 // layer (cfgq_setenv_posix.cpp or cfgq_setenv_win.cpp).
 #include "cfgq.h"
 #include "cfgq_setenv.h"
-#include "cfgq_tool.h"
+#include "cfgq_file_failure.h"
 
 #include <atomic>
 #include <cstdarg>
@@ -71,7 +71,7 @@ bool write_native_setting(const QString& location, const QString& env_name, cons
   report(fmt::format("cfgq_setenv: {} {} to {}: {}", env_name.toStdString(), what,
                      shown.toStdString(), result.reason.toStdString()));
   // The result stays true; the cfgq tool asks afterwards.
-  cfgq_note_write_failure({shown, result.reason, 0});
+  cfgq_file_note_failure({shown, result.reason, 0});
   return false;
 }
 

@@ -28,7 +28,7 @@
 #include <unistd.h>
 
 #include "cfgq_envd_format.h"
-#include "cfgq_file_lock.h"
+#include "cfgq_file_write.h"
 #include "cfgq_file_platform.h"
 #include "cfgq_location.h"
 
@@ -90,13 +90,6 @@ QByteArray write_target(const QString& location, QString* why) {
     return QByteArray();
   }
   return path;
-}
-
-// Replaces the file at `target` with `bytes`, or leaves it as it was and says why.
-write_result replace_file(const QByteArray& target, const QByteArray& bytes) {
-  QString why;
-  if (!cfgq_replace_file(QFile::decodeName(target), bytes, &why)) return failed(why);
-  return {write_outcome::written, QString()};
 }
 
 // The store's bytes: nullopt with *why set when it can't be read; empty when there is none. A
@@ -241,9 +234,10 @@ write_result store_write(const QString& location, const QString& name, const QSt
   if (!cfgq_platform::make_directories(QFileInfo(target_path).absolutePath(), &why)) {
     return failed(why);
   }
-  cfgq_file_lock lock(target_path);
+  cfgq_file_write write(target_path);
   qint64 holder = 0;
-  if (!lock.take(&why, &holder)) return failed(why);
+  if (!write.lock(&why, &holder)) return failed(why);
+  const cfgq_platform::file_state old_state = cfgq_platform::state_of(target_path, true);
   const std::optional<QByteArray> old_bytes = read_store(target_path, &why);
   if (!old_bytes) return failed(why);
   const envd::parsed_file old_file = envd::parse(*old_bytes);
@@ -275,7 +269,8 @@ write_result store_write(const QString& location, const QString& name, const QSt
       (text.isEmpty() ? now.has_value() : now != value)) {
     return refused(QStringLiteral("the edited file would not read back as written"));
   }
-  return replace_file(target, *new_bytes);
+  if (!write.stage_bytes(*new_bytes, &why) || !write.commit(old_state, &why)) return failed(why);
+  return {write_outcome::written, QString()};
 }
 
 void announce_change_by_platform() {}

@@ -25,6 +25,7 @@
 
 struct cfgq_file_record;
 struct cfgq_file_generation;
+class cfgq_file_write;
 
 class cfgq_settings_file : public QSettings {
  public:
@@ -61,8 +62,8 @@ class cfgq_settings_file : public QSettings {
   void mark_changed();
 
   // Writes this object's changes to the file (when it has any) under the file's lock, checks
-  // them and reports a failure on the debug channel and to cfgq_tool_take_write_failure. Called
-  // by the destructor; a second call does nothing.
+  // them and reports a failure on the debug channel and to cfgq_file_take_failure. Called by
+  // the destructor; a second call does nothing.
   void finish();
 
  protected:
@@ -84,6 +85,23 @@ class cfgq_settings_file : public QSettings {
   // write them and returning an object at the root of the alias; reports a failure and discards
   // the changes. The object is clean afterwards.
   void write_changes(const std::function<QSettings&()>& write);
+
+  // The write itself, from top to bottom (cfgq_settings_file_write.cpp): with the file's lock
+  // held in `file_write` or not needed, lets Qt write the staged file through `generation`'s
+  // alias (`write` makes the settings object that writes, or has one write, and returns it
+  // standing at the root), checks what Qt wrote and replaces the file with it, so that the file
+  // holds its old bytes or the complete new content. Returns why the write failed, or empty
+  // text. The record's mutex is held.
+  static QString write_checked(cfgq_file_record& record, cfgq_file_generation& generation,
+                               cfgq_file_write& file_write,
+                               const std::function<QSettings&()>& write);
+  // True when writes through `generation` need the file's lock taken by the owner: the file is
+  // shared with other processes and Qt's settings objects open it through an alias (opened
+  // under its own name, Qt takes that lock itself).
+  static bool takes_own_lock(const cfgq_file_record& record,
+                             const cfgq_file_generation& generation);
+  // Reports a write that failed on the debug channel and to cfgq_file_take_failure.
+  static void report_failure(const QString& path, const QString& reason, qint64 lock_pid = 0);
 
   QString m_path;
   std::shared_ptr<cfgq_file_record> m_record;          // null for a file that can't be written

@@ -3,22 +3,14 @@
 
 #include <cerrno>
 #include <cstring>
-#include <mutex>
-#include <optional>
 
 #include <QDateTime>
 #include <QFileInfo>
 
 #include "cfgq_file_lock.h"
+#include "cfgq_file_write.h"
 #include "cfgq_file_platform.h"
 #include "cfgq_location.h"
-
-namespace {
-
-std::mutex failure_mutex;
-std::optional<cfgq_write_failure> first_failure;
-
-}  // namespace
 
 QString cfgq_tool_settings_file() { return get_registry_file_path(); }
 
@@ -27,16 +19,7 @@ bool cfgq_tool_isolated_run(QString* why) { return cfgq_isolated_run(why); }
 QString cfgq_tool_main_key() { return get_main_key_name(nullptr, nullptr); }
 
 bool cfgq_tool_take_write_failure(cfgq_write_failure* failure) {
-  std::lock_guard<std::mutex> lock(failure_mutex);
-  if (!first_failure) return false;
-  *failure = std::move(*first_failure);
-  first_failure.reset();
-  return true;
-}
-
-void cfgq_note_write_failure(const cfgq_write_failure& failure) {
-  std::lock_guard<std::mutex> lock(failure_mutex);
-  if (!first_failure) first_failure = failure;
+  return cfgq_file_take_failure(failure);
 }
 
 cfgq_lock_report cfgq_tool_lock_report(const QString& path) {
@@ -86,7 +69,5 @@ bool cfgq_tool_replace_file(const QString& path, const QByteArray& bytes, QStrin
     *why = QString::fromLocal8Bit(std::strerror(ENOENT));
     return false;
   }
-  cfgq_file_lock lock(target);
-  qint64 holder = 0;
-  return lock.take(why, &holder) && cfgq_replace_file(target, bytes, why);
+  return cfgq_write_file(target, bytes, why);
 }

@@ -10,6 +10,7 @@
 #include <QString>
 
 #include "cfgq_export.h"
+#include "cfgq_file_failure.h"
 #include "cfgq_limits.h"
 
 // The settings file that a view opened now would use (the profile's korvel2.kreg, or the
@@ -23,19 +24,9 @@ CFGQ_EXPORT bool cfgq_tool_isolated_run(QString* why);
 // The running version's main key ("25.1_pro"), as a view's constructor names it.
 CFGQ_EXPORT QString cfgq_tool_main_key();
 
-// A write of the settings file that did not happen, or did not happen completely.
-struct cfgq_write_failure {
-  QString path;            // the settings file
-  QString reason;          // the system's reason, as a person reads it
-  long long lock_pid = 0;  // the process holding the file's lock, when that was the reason
-};
-
 // Takes the first write failure recorded since the last call: true and *failure filled when a
 // view's write failed, false when every write since then succeeded.
 CFGQ_EXPORT bool cfgq_tool_take_write_failure(cfgq_write_failure* failure);
-
-// Records a write failure for cfgq_tool_take_write_failure (the library's file layer calls it).
-void cfgq_note_write_failure(const cfgq_write_failure& failure);
 
 // What the lock of the settings file at `path` ("<path>.lock") says, for a report. Whether its
 // holder runs is told by the system lock alone; pid, program and host are what the file names.
