@@ -176,6 +176,10 @@ holding holding_of(const QString& path);
 // local_lock= or nolock): its free system locks say nothing about other hosts.
 bool locks_stay_local(const QString& path);
 
+// A directory in memory that every user may write and where one user's names are safe from
+// another's (/dev/shm with its sticky bit); empty where there is none.
+QString memory_dir();
+
 // This process's user.
 qint64 this_user();
 // This process's id.

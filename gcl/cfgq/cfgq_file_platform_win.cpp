@@ -366,6 +366,8 @@ bool locks_stay_local(const QString& path) {
   return false;
 }
 
+QString memory_dir() { return QString(); }
+
 qint64 this_user() { return 0; }
 
 qint64 this_process() { return static_cast<qint64>(::GetCurrentProcessId()); }

@@ -11,10 +11,6 @@
 #include <QFile>
 #include <QFileInfo>
 
-#ifndef _WIN32
-#include <unistd.h>
-#endif
-
 #include "cfg.h"
 #include "fio.h"
 #include "gen.h"
@@ -134,14 +130,8 @@ QString cfgq_private_base() {
       return runtime;
     }
   }
-#ifndef _WIN32
-  const cfgq_platform::file_state shm = cfgq_platform::state_of(QStringLiteral("/dev/shm"), false);
-  // A shared directory like /tmp: only with its sticky bit may one user's names be safe there.
-  if (shm.exists && !shm.link && !shm.regular && (shm.mode & 01000) != 0 &&
-      ::access("/dev/shm", W_OK | X_OK) == 0) {
-    return QStringLiteral("/dev/shm");
-  }
-#endif
+  const QString memory = cfgq_platform::memory_dir();
+  if (!memory.isEmpty()) return memory;
   return QString::fromStdString(cfgq_temp_directory());
 }
 
