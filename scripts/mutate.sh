@@ -81,40 +81,55 @@ mutant $k "clear_registry_key clears the whole file" \
   'for (const QString& key : m_settings->allKeys()) m_settings->remove(key);' \
   'm_settings->clear();'
 
-mutant gcl/cfgq/cfgq_sections.cpp "section table: one group name wrong" \
+mutant gcl/cfgq/cfgq_registry_sections.cpp "section table: one group name wrong" \
   '{"OFCQ", "Orlesk_Foundation_Class"},' \
   '{"OFCQ", "Orlesk_Foundation_Classes"},'
 
-k=gcl/cfgq/cfgq_settings_file.cpp
-# The file's size is checked at opening and again under its lock, so one inverted check alone
-# changes nothing; the limit itself one byte lower sets aside a file of exactly the limit.
-mutant gcl/cfgq/cfgq_limits.h "file size limit one byte lower" \
-  'constexpr qint64 max_file_bytes = 10'"'"'000'"'"'000;' \
-  'constexpr qint64 max_file_bytes = 9'"'"'999'"'"'999;'
+k=gcl/cfgq/cfgq_limits.h
+mutant $k "file size limit: a file of exactly the limit is set aside" \
+  'return size > max_file_bytes;' \
+  'return size >= max_file_bytes;'
 mutant $k "file size limit off by one upwards" \
-  'if (state.exists && state.size > max_file_bytes) {' \
-  'if (state.exists && state.size > max_file_bytes + 1) {'
+  'return size > max_file_bytes;' \
+  'return size > max_file_bytes + 1;'
+mutant $k "the tool's value limit off by one" \
+  'return units >= max_value_utf16_units;' \
+  'return units > max_value_utf16_units;'
+
+k=gcl/cfgq/cfgq_settings_file_write.cpp
 mutant $k "a write cut short is renamed over the file" \
-  'if (found != expected || (written.size > 0 && !ends_with_line_end)) {' \
-  'if (found != expected && written.size > 0 && !ends_with_line_end) {'
+  'if (found == expected && (written.size == 0 || ends_with_line_end)) return QString();' \
+  'if (found == expected || (written.size == 0 || ends_with_line_end)) return QString();'
 mutant $k "a write goes ahead without the file's lock" \
   '!takes_own_lock(record, generation) ||
-                      lock.take(&why, &holder, &guard);' \
+                      file_write.lock(&why, &holder, &guard);' \
   '!takes_own_lock(record, generation) ||
                       true;'
 mutant $k "the event loop's flush bypasses the lock and the check" \
   'if (event->type() != QEvent::UpdateRequest) return QSettings::event(event);' \
   'return QSettings::event(event);'
+
+k=gcl/cfgq/cfgq_file_record.cpp
 mutant $k "a file rewritten within one tick counts as unchanged" \
   '  if (view.settled) return true;
   platform::file_state read;' \
   '  if (true) return true;
   platform::file_state read;'
+
+k=gcl/cfgq/cfgq_file_write.cpp
+mutant $k "a written file loses the old file's owner and mode" \
+  '} else if (!platform::restore_owner_and_mode(m_stage, like, why)) {' \
+  '} else if (false) {'
+mutant $k "a stage that could not be written completely is committed" \
+  'return make_stage_dir(true, why) && platform::write_new_file(m_stage, bytes, why);' \
+  'return make_stage_dir(true, why) && (platform::write_new_file(m_stage, bytes, why) || true);'
+
+k=gcl/cfgq/cfgq_settings_file.cpp
 mutant $k "a view whose flush was refused never writes again" \
   'if (generation.discarding && generation.dirty_objects == 0 &&' \
   'if (generation.discarding && generation.dirty_objects < 0 &&'
 
-k=gcl/cfgq/cfgq_location.cpp
+k=gcl/cfgq/cfgq_file_location.cpp
 mutant $k "main key: a given suffix is appended only when already there" \
   'if (!name.endsWith(given, Qt::CaseSensitive)) return name + given;' \
   'if (name.endsWith(given, Qt::CaseSensitive)) return name + given;'
@@ -124,7 +139,7 @@ mutant $k "main key: 64-bit part misspelt" \
 
 k=gcl/cfgq/cfgq_file_private_dir.cpp
 mutant $k "a live writer's staged file is removed" \
-  'switch (platform::holding_of(owner)) {' \
+  'switch (taken.take(owner)) {' \
   'switch (platform::holding::free) {'
 
 k=gcl/cfgq/cfgq_registry.cpp

@@ -15,7 +15,7 @@
 
 #include "cfgq.h"
 #include "cfgq_settings_cache.h"
-#include "cfgq_value_lookup.h"
+#include "cfgq_registry_lookup.h"
 #include "test_support.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <QByteArrayList>
 #include <gtest/gtest.h>
 
-#include "cfgq_envd_format.h"
+#include "cfgq_setenv_envd.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "cfgq_file_lock.h"
 #include "cfgq_file_write.h"
 #include "cfgq_limits.h"
-#include "cfgq_location.h"
+#include "cfgq_file_location.h"
 #include "cfgq_settings_cache.h"
 #include "cfgq_utf8.h"
 
@@ -68,14 +68,14 @@ void cfgq_keep_damaged_copy(cfgq_file_record& record, QSettings& settings,
 }
 
 bool cfgq_set_aside(cfgq_file_record& record, std::unique_lock<std::mutex>& guard,
-                    const platform::file_state& measured, const char* suffix, qint64 size_limit,
+                    const platform::file_state& measured, const char* suffix, bool for_size,
                     QString* why) {
   cfgq_file_lock lock(record.real);
   qint64 holder = 0;
   // Taken even where Qt opens the file under its own name: no settings object holds it here.
   if (record.shared && !lock.take(why, &holder, &guard)) return false;
   const platform::file_state now = platform::state_of(record.real, true);
-  if (!now.same_file(measured) || (size_limit >= 0 && now.size <= size_limit)) return true;
+  if (!now.same_file(measured) || (for_size && !cfgq_over_file_limit(now.size))) return true;
   // The file's parsed state goes with it: a file set aside for its size must not stay in memory.
   if (record.current) cfgq_release_settings_file(record.current->alias);
   QString rename_why;

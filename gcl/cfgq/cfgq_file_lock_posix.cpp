@@ -1,7 +1,7 @@
 // The POSIX platform's locks among processes: the lock files of the settings file and the
 // environment stores, the owner files of private directories, and where locks reach.
 #include "cfgq_file_platform.h"
-#include "cfgq_file_posix.h"
+#include "cfgq_file_platform_posix.h"
 
 #include <vector>
 

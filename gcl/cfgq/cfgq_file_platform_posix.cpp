@@ -1,6 +1,6 @@
 // File-system operations of the settings file's owner on POSIX systems.
 #include "cfgq_file_platform.h"
-#include "cfgq_file_posix.h"
+#include "cfgq_file_platform_posix.h"
 
 #include <cerrno>
 #include <csignal>

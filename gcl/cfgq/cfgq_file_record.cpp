@@ -13,7 +13,7 @@
 #include <QFileInfo>
 
 #include "cfgq_diagnostics.h"
-#include "cfgq_location.h"
+#include "cfgq_file_location.h"
 #include "cfgq_settings_cache.h"
 
 namespace platform = cfgq_platform;

@@ -8,7 +8,7 @@
 #include <QVariant>
 
 #include "cfgq.h"
-#include "cfgq_location.h"
+#include "cfgq_file_location.h"
 #include "ver.h"
 
 namespace {

@@ -1,11 +1,11 @@
 // The settings view: its constructors, groups and value operations. Its file belongs to its
-// settings object (cfgq_settings_file.h); where the file lies is cfgq_location.h, and the
-// sections are cfgq_sections.cpp.
+// settings object (cfgq_settings_file.h); where the file lies is cfgq_file_location.h, and the
+// sections are cfgq_registry_sections.cpp.
 #include "cfgq.h"
-#include "cfgq_location.h"
+#include "cfgq_file_location.h"
 #include "cfgq_diagnostics.h"
 #include "cfgq_settings_file.h"
-#include "cfgq_value_lookup.h"
+#include "cfgq_registry_lookup.h"
 
 #include <cstdarg>
 #include <cstdlib>

@@ -1,5 +1,5 @@
 // The persistent environment stores outside Windows: two files in environment.d format (see
-// cfgq_envd_format.h), read by the session manager's environment generator when a user's
+// cfgq_setenv_envd.h), read by the session manager's environment generator when a user's
 // session starts.
 //
 // The generator reads every *.conf of the user's and the machine's environment.d directories in
@@ -27,10 +27,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "cfgq_envd_format.h"
+#include "cfgq_setenv_envd.h"
 #include "cfgq_file_write.h"
 #include "cfgq_file_platform.h"
-#include "cfgq_location.h"
+#include "cfgq_file_location.h"
 
 namespace {
 
@@ -183,7 +183,7 @@ std::optional<QString> store_text(const QString& location, const QString& name) 
 }
 
 QString store_read(const QString& location, const QString& name) {
-  // A login form reads as the list it stands for (cfgq_envd_format.h).
+  // A login form reads as the list it stands for (cfgq_setenv_envd.h).
   if (const std::optional<QString> text = store_text(location, name)) {
     return QString::fromUtf8(envd::from_login_form(name.toUtf8(), text->toUtf8()));
   }

@@ -13,7 +13,7 @@
 #include "cfgq_file_record.h"
 #include "cfgq_file_write.h"
 #include "cfgq_limits.h"
-#include "cfgq_location.h"
+#include "cfgq_file_location.h"
 #include "cfgq_settings_cache.h"
 
 namespace platform = cfgq_platform;
@@ -69,9 +69,9 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     record = cfgq_file_record_for(real, true);
     guard = std::unique_lock<std::mutex>(record->mutex);
   }
-  if (state.exists && state.size > max_file_bytes) {
+  if (state.exists && cfgq_over_file_limit(state.size)) {
     QString why;
-    if (!cfgq_set_aside(*record, guard, state, cfgq_large_suffix, max_file_bytes, &why)) {
+    if (!cfgq_set_aside(*record, guard, state, cfgq_large_suffix, true, &why)) {
       // Never loaded, never replaced: the view holds nothing until the lock is free.
       auto generation = cfgq_void_generation(why);
       return std::unique_ptr<cfgq_settings_file>(
@@ -205,7 +205,7 @@ void cfgq_settings_file::set_aside_damaged(const QString& path) {
   std::shared_ptr<cfgq_file_record> record = cfgq_file_record_for(real, true);
   std::unique_lock<std::mutex> guard(record->mutex);
   QString why;
-  if (!cfgq_set_aside(*record, guard, state, cfgq_corrupt_suffix, -1, &why)) {
+  if (!cfgq_set_aside(*record, guard, state, cfgq_corrupt_suffix, false, &why)) {
     cfgq_debug("Could not set aside " + real.toStdString() + ": " + why.toStdString());
   }
 }

@@ -10,7 +10,7 @@
 #include "cfgq_file_lock.h"
 #include "cfgq_file_write.h"
 #include "cfgq_file_platform.h"
-#include "cfgq_location.h"
+#include "cfgq_file_location.h"
 
 QString cfgq_tool_settings_file() { return get_registry_file_path(); }
 

@@ -139,10 +139,10 @@ int check_room(const QString& what, const pending_writes& writes) {
   // written by the same writer gives the exact size.
   qint64 size = bytes.size();
   for (const auto& [key, value] : writes) size += line_bytes(key, value);
-  if (size <= max_file_bytes) return exit_ok;
+  if (!cfgq_over_file_limit(size)) return exit_ok;
   const qint64 exact = size_after_writes(bytes, writes, &why);
   if (exact >= 0) size = exact;
-  if (size <= max_file_bytes) return exit_ok;
+  if (!cfgq_over_file_limit(size)) return exit_ok;
   const QLocale english(QLocale::English);
   return fail(what,
               QStringLiteral("nothing written: the settings file would grow to %1 bytes, past "
@@ -346,7 +346,7 @@ bool settings_view::get_value(const QString& name, QVariant* value) {
 void settings_view::set_value(const QString& name, const QVariant& value) {
   if (m_view) {
     m_view->set_value(name, value);
-  } else if (value.toString().size() < max_value_utf16_units) {  // the library's limit
+  } else if (!cfgq_value_too_large(value.toString().size())) {  // the library's limit
     m_raw->setValue(name, value);
   }
 }
@@ -384,7 +384,7 @@ bool use_other_file(const QString& path, bool write, QString* why, int* status) 
     *status = exit_absent;
     return false;
   }
-  if (write && file.bytes.size() > max_file_bytes) {
+  if (write && cfgq_over_file_limit(file.bytes.size())) {
     *why = QStringLiteral("%1 bytes, over the %2-byte limit: no program would load what --write "
                           "writes (read it without --write, or 'cfgq recover --merge' it)")
                .arg(QLocale(QLocale::English).toString(file.bytes.size()),
@@ -415,7 +415,7 @@ int finish_other_file(const QString& what) {
   QString why;
   if (!read_file_bytes(other->copy, &bytes, &exists, &why)) return fail(what, QStringLiteral("%1: %2").arg(other->copy, why), exit_failed);
   if (bytes == other->bytes) return exit_ok;
-  if (bytes.size() > max_file_bytes) {
+  if (cfgq_over_file_limit(bytes.size())) {
     return fail(what, QStringLiteral("%1: nothing written: it would grow to %2 bytes, past its limit of %3 bytes")
                           .arg(other->path, QLocale(QLocale::English).toString(bytes.size()),
                                QLocale(QLocale::English).toString(max_file_bytes)),
@@ -445,7 +445,7 @@ int check_settings_file(const QString& what) {
   }
   const QByteArray head = file.read(64 * 1024);
   const QByteArray start = head.trimmed().left(1);
-  if ((start == "{" || start == "[") && info.size() <= max_file_bytes) {
+  if ((start == "{" || start == "[") && !cfgq_over_file_limit(info.size())) {
     QJsonParseError error;
     QJsonDocument::fromJson(head + file.readAll(), &error);
     if (error.error == QJsonParseError::NoError) {

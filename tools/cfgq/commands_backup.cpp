@@ -188,7 +188,7 @@ int run_import(const invocation& call) {
   pending_writes writes;
   const QString prefix = target.isEmpty() ? main_key + QLatin1Char('/') : main_key + QLatin1Char('/') + target + QLatin1Char('/');
   for (const settings_entry& entry : entries) {
-    if (entry.value.toString().size() >= max_value_utf16_units) {
+    if (cfgq_value_too_large(entry.value.toString().size())) {
       refused.append(entry.path);
     } else {
       writes.append({prefix + entry.path, entry.value});

@@ -35,7 +35,7 @@ class report {
 
 void check_size(const QString& path, qint64 size, report* out) {
   const qint64 percent = size * 100 / max_file_bytes;
-  if (size > max_file_bytes) {
+  if (cfgq_over_file_limit(size)) {
     out->finding(path, QStringLiteral("%1 bytes, over the %2-byte limit: the next program that "
                                       "opens it sets every setting aside as %3.large")
                            .arg(number(size), number(max_file_bytes), QFileInfo(path).fileName()));

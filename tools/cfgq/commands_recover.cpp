@@ -258,12 +258,12 @@ int merge_copy(const QString& argument, const QString& main_key) {
       continue;
     }
     const QVariant value = raw->value(key);
-    if (value.toString().size() >= max_value_utf16_units) {
+    if (cfgq_value_too_large(value.toString().size())) {
       refused.append(key);
       continue;
     }
     const qint64 bytes = line_bytes(key, value);
-    if (size + bytes > max_file_bytes) {
+    if (cfgq_over_file_limit(size + bytes)) {
       left_out.append(key);
       continue;
     }

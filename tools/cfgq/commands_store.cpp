@@ -399,7 +399,7 @@ int run_set(const invocation& call) {
     if (!value_from_json(document.array().at(0), &value, &why)) return fail(what, why, exit_usage);
   }
   const qsizetype units = value.toString().size();
-  if (units >= max_value_utf16_units) {
+  if (cfgq_value_too_large(units)) {
     return fail(what,
                 QStringLiteral("value too large to store: %1 UTF-16 code units (the limit is "
                                "9,999,999)")

@@ -1,5 +1,5 @@
 // Where the settings file lies: the profile's file or the process's temporary one.
-#include "cfgq_location.h"
+#include "cfgq_file_location.h"
 
 #include <cerrno>
 #include <cstdlib>

@@ -1,5 +1,5 @@
 // One-lookup reads of a group's own values.
-#include "cfgq_value_lookup.h"
+#include "cfgq_registry_lookup.h"
 
 #include <utility>
 

@@ -1,5 +1,5 @@
 // The environment.d format: the generator's reader, element by element, and the writer's edits.
-#include "cfgq_envd_format.h"
+#include "cfgq_setenv_envd.h"
 
 #include <QHash>
 
