@@ -13,6 +13,8 @@
 //   settings_writer event KEY VALUE         writes one value that Qt flushes from the event loop
 //                                           while the view still stands, as a graphical tool does
 //   settings_writer hold FILE               holds FILE's lock until killed, as a stopped writer
+//   settings_writer raw FILE COUNT          writes COUNT values of 90 bytes to FILE with Qt alone
+//                                           (no library) and exits with QSettings' status
 //
 // With LOG, each value's key is appended to LOG as one line once its view has been destroyed,
 // so a line in the log means the value had reached the file when the process died.
@@ -32,6 +34,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QLockFile>
+#include <QSettings>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -126,6 +129,14 @@ int main(int argc, char** argv) {
     std::fflush(stdout);
     for (;;) ::pause();
   }
+  if (mode == "raw" && argc == 4) {
+    QSettings raw(QString::fromLocal8Bit(argv[2]), QSettings::IniFormat);
+    for (long i = 0; i < std::strtol(argv[3], nullptr, 10); ++i) {
+      raw.setValue(QStringLiteral("k%1").arg(i), QString(90, QLatin1Char('x')));
+    }
+    raw.sync();
+    return raw.status();
+  }
   if (mode == "one" && argc == 4) {
     // One value through one view, as a short-lived tool writes.
     Key view(Key::GENERAL, nullptr, nullptr);
@@ -141,6 +152,6 @@ int main(int argc, char** argv) {
   }
   std::fprintf(stderr,
                "usage: settings_writer loop NAME LOG | count NAME COUNT | check LOG... | "
-               "one KEY VALUE | event KEY VALUE | hold FILE\n");
+               "one KEY VALUE | event KEY VALUE | hold FILE | raw FILE COUNT\n");
   return 2;
 }
