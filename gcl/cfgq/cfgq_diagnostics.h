@@ -1,5 +1,6 @@
 // The library's debug output: one line on the channel CFGQ at level 2, the text always passed as
 // the argument of a "%s" format (a text may hold '%').
+// May use: nothing of the library (Qt and the standard library only).
 #pragma once
 
 #include <string>

@@ -1,6 +1,8 @@
 // The settings file's damage and its set-asides: a copy kept of a file Qt could not read
 // faithfully before any write replaces it, and a file renamed out of the way (too large, or
 // failing to load), once however many processes find it.
+// May use: cfgq_diagnostics, cfgq_file_location, cfgq_file_lock, cfgq_file_record, cfgq_file_write,
+//   cfgq_limits, cfgq_settings_cache, cfgq_utf8.
 #pragma once
 
 #include <mutex>

@@ -1,6 +1,7 @@
 // A write of a file that did not happen, or not completely: what the file layer records for
 // those who ask afterwards (the cfgq tool, whose exit status tells it). The public interface
 // keeps its own results; this is the outcome beside them.
+// May use: nothing of the library (Qt and the standard library only).
 #pragma once
 
 #include <QString>

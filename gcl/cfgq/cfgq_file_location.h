@@ -1,6 +1,7 @@
 // Where the settings file lies and what its companions are called: the profile's file or the
 // process's temporary one, the isolated runs, main-key names, and the limits and suffixes that
 // the library and the cfgq tool share.
+// May use: cfgq_file_platform, cfgq_limits.
 #pragma once
 
 #include <string>

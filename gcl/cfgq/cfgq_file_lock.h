@@ -2,6 +2,7 @@
 // environment stores takes it: tried at once, then waited for a bounded time (a stopped or
 // hostile holder never blocks a writer for ever). Liveness comes from the lock file's system
 // lock only (see cfgq_platform::lock_file).
+// May use: cfgq_file_platform.
 #pragma once
 
 #include <mutex>

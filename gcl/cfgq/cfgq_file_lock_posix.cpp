@@ -1,5 +1,6 @@
 // The POSIX platform's locks among processes: the lock files of the settings file and the
 // environment stores, the owner files of private directories, and where locks reach.
+// May use: cfgq_file_platform, cfgq_file_platform_posix.
 #include "cfgq_file_platform.h"
 #include "cfgq_file_platform_posix.h"
 

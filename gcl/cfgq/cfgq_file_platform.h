@@ -1,5 +1,6 @@
 // The few file-system operations the settings file's owner needs beyond Qt, one implementation
 // per platform (cfgq_file_platform_posix.cpp, cfgq_file_platform_win.cpp; the build picks one).
+// May use: nothing of the library (Qt and the standard library only).
 #pragma once
 
 #include <memory>

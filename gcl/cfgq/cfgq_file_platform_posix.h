@@ -1,5 +1,6 @@
 // What the POSIX platform files share: conversions and the checked write of a descriptor.
 // Used by cfgq_file_platform_posix.cpp and cfgq_file_lock_posix.cpp only.
+// May use: cfgq_file_platform.
 #pragma once
 
 #include <cerrno>

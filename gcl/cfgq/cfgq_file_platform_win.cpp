@@ -1,4 +1,5 @@
 // File-system operations of the settings file's owner on Windows.
+// May use: cfgq_file_platform.
 #include "cfgq_file_platform.h"
 
 #include <windows.h>

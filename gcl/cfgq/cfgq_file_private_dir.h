@@ -3,6 +3,7 @@
 // "cfgq.XXXXXX" holding "owner", a file its process keeps locked by the system while it runs.
 // So any process, on any host and in any PID namespace, can tell a live owner from a gone one
 // by that lock alone; a process id or host name proves nothing about a process elsewhere.
+// May use: cfgq_file_platform.
 #pragma once
 
 #include <memory>

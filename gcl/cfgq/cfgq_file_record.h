@@ -2,6 +2,8 @@
 // every view of the file whatever path reached it, says what Qt's settings objects hold of it
 // (the current alias and what Qt read through it), and how writes to it stand. The change
 // detection that decides whether Qt must read the file again lives here too.
+// May use: cfgq_diagnostics, cfgq_file_location, cfgq_file_platform, cfgq_file_private_dir,
+//   cfgq_settings_cache.
 #pragma once
 
 #include <memory>

@@ -20,6 +20,7 @@
 // stage in it) and the directory beside the file once it is empty, and then gives the lock back.
 // A process killed in between leaves a directory whose owner file nobody holds, which the next
 // writer's sweep removes.
+// May use: cfgq_file_failure, cfgq_file_lock, cfgq_file_platform, cfgq_file_private_dir.
 #pragma once
 
 #include <memory>

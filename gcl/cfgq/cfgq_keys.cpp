@@ -1,6 +1,7 @@
 // The key catalogue: the names under which the suite's tools store their settings, and a few
 // value texts. Every text is part of the settings file's format, letter for letter; a text with
 // a blank draws the blank diagnostic whenever it is used as a value name.
+// May use: cfgq.
 #include <cstdint>
 
 #include "cfgq.h"

@@ -1,5 +1,6 @@
 // Carrying a user's settings forward from an earlier suite version, and resetting the running
 // version's settings.
+// May use: cfgq, cfgq_file_location.
 #include <string>
 #include <vector>
 

@@ -1,6 +1,7 @@
 // The settings view: its constructors, groups and value operations. Its file belongs to its
 // settings object (cfgq_settings_file.h); where the file lies is cfgq_file_location.h, and the
 // sections are cfgq_registry_sections.cpp.
+// May use: cfgq, cfgq_diagnostics, cfgq_file_location, cfgq_registry_lookup, cfgq_settings_file.
 #include "cfgq.h"
 #include "cfgq_file_location.h"
 #include "cfgq_diagnostics.h"

@@ -1,5 +1,6 @@
 // How a view finds one of its group's own values, and measures a value's text, without listing
 // the group or converting the value.
+// May use: nothing of the library (Qt and the standard library only).
 #pragma once
 
 #include <QSettings>

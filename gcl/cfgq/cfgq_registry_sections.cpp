@@ -1,5 +1,6 @@
 // The sections: one row per SUB_KEY (its enumerator's name and its group in a main key), and the
 // ranges of the view's enumerations.
+// May use: cfgq.
 #include "cfgq.h"
 
 const CFGQ_REGISTRY_KEY::ENUMERATED_SUB_KEY_NAME

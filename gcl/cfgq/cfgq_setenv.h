@@ -2,6 +2,7 @@
 // runs on. Each platform supplies the store layer in a file of its own (cfgq_setenv_posix.cpp,
 // cfgq_setenv_win.cpp); the logic in cfgq_setenv.cpp is the same everywhere. Internal to the
 // library: tests reach it through the static archive.
+// May use: cfgq, cfgq_file_failure.
 #pragma once
 
 #include <optional>

@@ -13,6 +13,7 @@
 // A value read here is the text before expansion: "${NAME}" and "$NAME" stay references and "$$"
 // stays "$$" (the generator makes it one dollar). Writing keeps it that way: the text goes
 // between double quotes with \ " ` escaped and "$" as it is.
+// May use: cfgq_utf8.
 #pragma once
 
 #include <optional>

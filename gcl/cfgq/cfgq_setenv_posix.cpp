@@ -11,6 +11,7 @@
 // one (every write checked, flushed to disk, the old file's owner and mode), then renamed over
 // it: a failure at any point leaves the old bytes, and concurrent writers all keep their lines. New files are 0600 and new directories 0700 whatever the umask.
 // A store that is a link is written where the link points, and only when that is a regular file.
+// May use: cfgq_file_location, cfgq_file_platform, cfgq_file_write, cfgq_setenv, cfgq_setenv_envd.
 #include "cfgq_setenv.h"
 
 #include <algorithm>

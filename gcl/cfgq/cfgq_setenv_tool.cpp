@@ -1,4 +1,5 @@
 // The cfgq tool's questions about the environment stores, on the platform's store layer.
+// May use: cfgq_file_lock, cfgq_file_platform, cfgq_setenv, cfgq_tool.
 #include "cfgq_tool.h"
 
 #include <memory>

@@ -1,6 +1,7 @@
 // The persistent environment stores on Windows: the user's and the machine's environment keys
 // in the registry, read and written through native-format QSettings, and the broadcast that
 // tells running programs about a change.
+// May use: cfgq_setenv.
 #include "cfgq_setenv.h"
 
 #include <string>

@@ -1,5 +1,6 @@
 // Keeps each settings file's parsed state alive in the process between views, so that opening a
 // view costs a file check and a lookup instead of a re-read of the whole file.
+// May use: nothing of the library (Qt and the standard library only).
 #pragma once
 
 #include <QString>

@@ -14,6 +14,8 @@
 // follows) for a bounded time around every write. An alias also lets the owner start afresh:
 // settings objects opened on a new alias read the file anew, and an alias pointed into the
 // void discards the changes of a write that was refused.
+// May use: cfgq_diagnostics, cfgq_file_damage, cfgq_file_location, cfgq_file_record,
+//   cfgq_file_write, cfgq_limits, cfgq_settings_cache.
 #pragma once
 
 #include <functional>

@@ -1,5 +1,6 @@
 // How a settings object's changes reach the file: the steps of cfgq_file_write, with Qt writing
 // the staged file through the object's alias.
+// May use: cfgq_diagnostics, cfgq_file_record, cfgq_file_write, cfgq_limits, cfgq_settings_file.
 #include <QFileInfo>
 
 #include "cfgq_diagnostics.h"

@@ -1,6 +1,7 @@
 // The commands of the Tcl package gui_settings: what each does once its line is parsed. Each body
 // opens its own settings view and destroys it before returning. User errors set a message
 // starting "ERROR: " and return TCL_ERROR.
+// May use: cfgq, cfgq_tcl_args_auto.
 #pragma once
 
 #include <tcl.h>

@@ -1,6 +1,7 @@
 // The Tcl package gui_settings: its argument enumeration and name tables, the commands' name
 // lookups and argument processors, and the package's registration entry points. Internal to the
 // library except for the four entry points exported at the end.
+// May use: cfgq_export, cfgq_tcl.
 #pragma once
 
 #include <cstdint>

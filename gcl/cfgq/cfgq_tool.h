@@ -1,6 +1,8 @@
 // What the cfgq tool asks the library beyond the public header: where the settings file is,
 // whether the run is isolated, the running main key, and whether a write of the settings file
 // failed. Nothing here opens a view or touches the file.
+// May use: cfgq_export, cfgq_file_failure, cfgq_file_location, cfgq_file_lock, cfgq_file_platform,
+//   cfgq_file_write, cfgq_limits.
 #pragma once
 
 #include <memory>

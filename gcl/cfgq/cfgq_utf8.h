@@ -1,4 +1,5 @@
 // The library's one check of UTF-8 text.
+// May use: nothing of the library (Qt and the standard library only).
 #pragma once
 
 #include <QByteArray>
