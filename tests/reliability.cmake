@@ -77,6 +77,11 @@ set_tests_properties(tcl_two_writers PROPERTIES
 # runtime directory, hostile files; each case skips (77) where the machine forbids the
 # namespaces, mounts or other user it needs. scripts/shared_homes.sh runs the issue's sizes.
 foreach(shared_homes_case hosts one-second locks env root runtime small)
+  if(WIN32)
+    cfgq_posix_only(shared_homes_${shared_homes_case}
+      "Linux namespaces, mounts, flock and runuser from a bash driver")
+    continue()
+  endif()
   add_test(NAME shared_homes_${shared_homes_case}
     COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/shared_homes.sh --short ${shared_homes_case})
   set_tests_properties(shared_homes_${shared_homes_case} PROPERTIES
