@@ -8,7 +8,7 @@
 constexpr qint64 max_file_bytes = 10'000'000;
 // The one test of a settings file's size against the limit: a file of exactly max_file_bytes
 // is loaded.
-constexpr bool cfgq_over_file_limit(qint64 size) { return size >= max_file_bytes; }
+constexpr bool cfgq_over_file_limit(qint64 size) { return size > max_file_bytes; }
 // A value whose text form has this many UTF-16 code units or more is not stored.
 constexpr qsizetype max_value_utf16_units = 10'000'000;
 // The one test of a value's text length (UTF-16 code units) against the limit.
