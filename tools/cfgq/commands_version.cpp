@@ -6,6 +6,9 @@
 
 #ifndef _WIN32
 #include <unistd.h>
+#ifdef _WIN32
+#include <io.h>
+#endif
 #endif
 
 #include "cli.h"
@@ -36,7 +39,7 @@ main_key_state state_of(const QString& main_key) {
 
 bool stdin_is_terminal() {
 #ifdef _WIN32
-  return true;
+  return _isatty(_fileno(stdin)) != 0;  // a console; a pipe or a file is none
 #else
   return isatty(STDIN_FILENO) == 1;
 #endif
