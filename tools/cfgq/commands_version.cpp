@@ -4,11 +4,10 @@
 
 #include <QTextStream>
 
-#ifndef _WIN32
-#include <unistd.h>
 #ifdef _WIN32
 #include <io.h>
-#endif
+#else
+#include <unistd.h>
 #endif
 
 #include "cli.h"
