@@ -88,11 +88,13 @@ namespace eval capture {
 }
 proc output_of {script} {
     set ::capture::text ""
-    set encoding [chan configure stdout -encoding]
-    chan configure stdout -encoding utf-8
+    # The bytes as written, line ends too: Windows' stdout would turn each \n into \r\n.
+    set saved [chan configure stdout]
+    chan configure stdout -encoding utf-8 -translation lf
     chan push stdout ::capture
     set code [catch {uplevel 1 $script} result]
     chan pop stdout
-    chan configure stdout -encoding $encoding
+    chan configure stdout -encoding [dict get $saved -encoding] \
+        -translation [dict get $saved -translation]
     return [list $code $result [encoding convertfrom utf-8 $::capture::text]]
 }
