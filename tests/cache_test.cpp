@@ -137,25 +137,39 @@ TEST_F(SettingsCacheTest, KeepsOneParsedCopyPerFileInUseUpToTheBound) {
 
 TEST_F(SettingsCacheTest, ReleasesKeptFilesAtExitBeforeTheTemporaryFileGoes) {
   write_general("Where", QStringLiteral("profile"));
-  QString temp_path;
   {
     EnvGuard isolated("PBUILD_BUILD", "1");
-    temp_path = CFGQ_REGISTRY_KEY(CFGQ_REGISTRY_KEY::GENERAL, nullptr, nullptr).fileName();
+    CFGQ_REGISTRY_KEY(CFGQ_REGISTRY_KEY::GENERAL, nullptr, nullptr);
   }
-  // A child forked from here keeps both files, writes both and ends through exit(): the kept
-  // files are released during unload, and the temporary file is deleted after them.
+  // A child keeps both files, writes both and ends through exit(): the kept files are released
+  // during unload, and the temporary file is deleted after them. Where there is no fork the
+  // child runs this test anew in a new process, with a home and a temporary file of its own: it
+  // finds this process's home in the environment and names its temporary file there.
+  const char* const parent_variable = "CFGQ_TEST_PARENT_HOME";
+  const std::string parent_home = qEnvironmentVariableIsSet(parent_variable)
+                                      ? qEnvironmentVariable(parent_variable).toStdString()
+                                      : home().toStdString();
+  EnvGuard parent(parent_variable, parent_home);
+  const QString report = QString::fromStdString(parent_home) + "/child_temp_path";
   const std::string style = GTEST_FLAG_GET(death_test_style);
   GTEST_FLAG_SET(death_test_style, "fast");
   EXPECT_EXIT(
       {
+        EnvGuard home_of_parent("HOME", parent_home);
         write_general("Where", QStringLiteral("child"));
         EnvGuard isolated("PBUILD_BUILD", "1");
         write_general("Where", QStringLiteral("temp"));
+        QFile named(report);
+        if (!named.open(QIODevice::WriteOnly)) std::exit(4);
+        named.write(CFGQ_REGISTRY_KEY(CFGQ_REGISTRY_KEY::GENERAL, nullptr, nullptr).fileName().toUtf8());
+        named.close();
         std::exit(cfgq_kept_settings_file_count() >= 2 ? 0 : 3);
       },
       ::testing::ExitedWithCode(0), "");
   GTEST_FLAG_SET(death_test_style, style);
-  EXPECT_FALSE(QFileInfo::exists(temp_path));
+  const QString child_temp = QString::fromUtf8(read_bytes(report));
+  EXPECT_FALSE(child_temp.isEmpty());
+  EXPECT_FALSE(QFileInfo::exists(child_temp)) << child_temp.toStdString();
   EXPECT_TRUE(read_bytes(profile_file()).contains("Where=child"));
 }
 

@@ -134,8 +134,16 @@ TEST_F(HostTest, RegressionTestModeNeedsExactlyOne) {
 // ---- General utilities -------------------------------------------------------------------------
 
 TEST_F(HostTest, DirectoriesAndProcessKindComeFromTheEnvironment) {
+#ifdef _WIN32
+  // The system's choice after TMP: TEMP, as the run set it. Empty text reads as unset there.
+  const std::string fallback = QDir::fromNativeSeparators(qEnvironmentVariable("TEMP")).toStdString();
+  const std::string scratch = "C:/scratch dir";
+#else
+  const std::string fallback = "/tmp";
+  const std::string scratch = "/var/scratch dir";
+#endif
   const std::pair<std::optional<std::string>, std::string> temp_dirs[] = {
-      {std::nullopt, "/tmp"}, {"", "/tmp"}, {"/var/scratch dir", "/var/scratch dir"}};
+      {std::nullopt, fallback}, {"", fallback}, {scratch, scratch}};
   for (const auto& [setting, expected] : temp_dirs) {
     EnvGuard guard("TMPDIR", setting);
     EXPECT_EQ(gen_get_temp_path(), expected) << setting.value_or("unset");
@@ -224,7 +232,6 @@ TEST_F(HostTest, VersionsComeFromTheEnvironmentOnce) {
   }
   const std::pair<const char*, std::vector<std::string>> lists[] = {
       {nullptr, default_versions},
-      {"", {}},
       {"24.3", {"24.3"}},
       {"24.3;24.1;23.4", {"24.3", "24.1", "23.4"}},
       {"24.3;;24.1;", {"24.3", "24.1"}},
@@ -234,10 +241,16 @@ TEST_F(HostTest, VersionsComeFromTheEnvironmentOnce) {
     expect_read_once("KORVEL_VERSIONS", setting, ver_get_all_versions, expected);
   }
   const std::pair<const char*, std::string> running[] = {
-      {nullptr, KORVEL_DEFAULT_VERSION}, {"26.2", "26.2"}, {"26.2 Lite", "26.2 Lite"}, {"", ""}};
+      {nullptr, KORVEL_DEFAULT_VERSION}, {"26.2", "26.2"}, {"26.2 Lite", "26.2 Lite"}};
   for (const auto& [setting, expected] : running) {
     expect_read_once("KORVEL_VERSION", setting, ver_get_version, expected);
   }
+}
+
+// A variable set to empty text is not an unset one: it names no version.
+TEST_F(HostTest, EmptyVersionTextsNameNoVersion) {
+  expect_read_once("KORVEL_VERSIONS", "", ver_get_all_versions, std::vector<std::string>{});
+  expect_read_once("KORVEL_VERSION", "", ver_get_version, std::string());
 }
 
 }  // namespace

@@ -107,8 +107,6 @@ TEST_F(MigrationTest, CarriesTheFirstListedVersionWithSettingsForward) {
         "24.3_pro/General/Show_tips=No", "24.3_pro/Setup/Show_welcome_screen=No"},
        "25.1_pro",
        {"General/Show_tips=No", "Registry_version=27", "Setup/Show_welcome_screen=No"}},
-      {"no versions at all", {"25.1", ""}, settings_24_1, "25.1_pro",
-       {"Registry_version=27"}},
       {"only the running version", {"25.1", "25.1"}, settings_24_1, "25.1_pro",
        {"Registry_version=27"}},
       {"no version with settings", {"25.1", "24.3;23.4"}, settings_24_1, "25.1_pro",
@@ -125,6 +123,15 @@ TEST_F(MigrationTest, CarriesTheFirstListedVersionWithSettingsForward) {
       findings.expect_eq("every other main key", without(listing(), row.main_key), others);
     });
   }
+}
+
+// An empty version list (set, but to empty text) names no earlier version to carry forward.
+TEST_F(MigrationTest, EmptyVersionListCarriesNothingForward) {
+  run_in_child({"25.1", ""}, [&](Findings& findings) {
+    write_file(settings_24_1);
+    CFGQ_REGISTRY::migrate_registry_settings();
+    findings.expect_eq("25.1_pro", listing("25.1_pro"), {"Registry_version=27"});
+  });
 }
 
 TEST_F(MigrationTest, PresentMainKeyIsKeptOnlyWithACurrentMarker) {

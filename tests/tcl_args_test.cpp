@@ -125,13 +125,13 @@ TEST_F(TclArgsDeathTest, MisuseIsAnInternalError) {
   for (int id : {0, 7, -1, 8}) {
     SCOPED_TRACE(id);
     EXPECT_DEATH(cfgq_auto_argument_name(static_cast<CFGQ_AUTO_ARGUMENT_ENUM>(id)),
-                 "The calling function has passed an illegal CFGQ_AUTO_ARGUMENT_ENUM"
-                 ".*CFGQ.*gcl/cfgq/cfgq_tcl_args_auto.cpp");
+                 "The calling function has passed an illegal CFGQ_AUTO_ARGUMENT_ENUM\n"
+                 "Module: CFGQ\nFile: gcl/cfgq/cfgq_tcl_args_auto.cpp");
   }
   const char* line[] = {"cfgq_get_all_keys", "General"};
   bool done = false;
   EXPECT_DEATH(cfgq_tcl_process_args(CFGQ_TCL_GET_ALL_KEYS, nullptr, &done, 2, line),
-               "args != 0.*CFGQ.*gcl/cfgq/cfgq_tcl_args_auto.cpp");
+               "args != 0\nModule: CFGQ\nFile: gcl/cfgq/cfgq_tcl_args_auto.cpp");
   atcl_set_interpreter(nullptr);
   const char* no_interpreter =
       "A Tcl interpreter must exist before registering ::korvel::gui_settings!";

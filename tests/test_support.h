@@ -57,7 +57,13 @@ inline std::optional<std::string> get_env(const char* name) {
 // Sets (or, with nullopt, unsets) an environment variable.
 inline void set_env(const char* name, const std::optional<std::string>& value) {
   if (value) {
+#ifdef _WIN32
+    // The 8-bit form would take the UTF-8 bytes for the code page's characters.
+    _wputenv_s(QString::fromLatin1(platform_name(name)).toStdWString().c_str(),
+               QString::fromStdString(*value).toStdWString().c_str());
+#else
     qputenv(platform_name(name), QByteArray::fromStdString(*value));
+#endif
   } else {
     qunsetenv(platform_name(name));
   }

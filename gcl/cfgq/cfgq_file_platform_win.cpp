@@ -91,7 +91,15 @@ file_state state_of(const QString& path, bool follow_links) {
   state.modified_ms = to_ms(info.ftLastWriteTime);
   state.device = info.dwVolumeSerialNumber;
   state.inode = (static_cast<qint64>(info.nFileIndexHigh) << 32) | info.nFileIndexLow;
-  state.changed_ns = to_ms(info.ftLastWriteTime) * 1'000'000;
+  // The change time moves with every write, also one whose modification time is then set back:
+  // the same file rewritten to the same size with its old time is still told apart.
+  FILE_BASIC_INFO basic;
+  if (::GetFileInformationByHandleEx(file.get(), FileBasicInfo, &basic, sizeof basic) &&
+      basic.ChangeTime.QuadPart != 0) {
+    state.changed_ns = (basic.ChangeTime.QuadPart - 116'444'736'000'000'000LL) * 100;
+  } else {
+    state.changed_ns = to_ms(info.ftLastWriteTime) * 1'000'000;
+  }
   state.mode = (info.dwFileAttributes & FILE_ATTRIBUTE_READONLY) ? 0400 : 0600;
   return state;
 }

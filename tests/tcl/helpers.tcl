@@ -13,17 +13,20 @@ if {![info exists ::env(KORVEL_VERSION)] || $::env(KORVEL_VERSION) ne "25.1"} {
     error "the gui_settings tests expect KORVEL_VERSION=25.1"
 }
 
+# The variable naming the user's profile directory: USERPROFILE on Windows.
+variable ::home_variable [expr {$::tcl_platform(platform) eq "windows" ? "USERPROFILE" : "HOME"}]
+
 # A new, empty HOME for each test: a new name every time, so no state kept for an earlier
 # test's file can be mistaken for this one's.
 variable ::home_serial 0
 variable ::saved_home ""
 proc use_fresh_home {} {
-    set ::saved_home [expr {[info exists ::env(HOME)] ? $::env(HOME) : ""}]
-    set ::env(HOME) [makeDirectory home[incr ::home_serial]]
+    set ::saved_home [expr {[info exists ::env($::home_variable)] ? $::env($::home_variable) : ""}]
+    set ::env($::home_variable) [makeDirectory home[incr ::home_serial]]
 }
 proc restore_home {} {
     removeDirectory home$::home_serial
-    set ::env(HOME) $::saved_home
+    set ::env($::home_variable) $::saved_home
 }
 
 # A tcltest case on a fresh HOME: use_fresh_home runs before the case's own -setup script and
@@ -40,7 +43,7 @@ proc settingsTest {name description args} {
 testConstraint cfgqTool [expr {[info exists ::env(CFGQ_TOOL)] && [file executable $::env(CFGQ_TOOL)]}]
 proc cfgq_tool {args} { exec $::env(CFGQ_TOOL) {*}$args }
 
-proc settings_file {} { file join $::env(HOME) korvel2.kreg }
+proc settings_file {} { file join $::env($::home_variable) korvel2.kreg }
 
 # Writes a settings file by hand, as another program of the suite would leave it.
 proc write_settings_file {text} {
@@ -85,11 +88,13 @@ namespace eval capture {
 }
 proc output_of {script} {
     set ::capture::text ""
-    set encoding [chan configure stdout -encoding]
-    chan configure stdout -encoding utf-8
+    # The bytes as written, line ends too: Windows' stdout would turn each \n into \r\n.
+    set saved [chan configure stdout]
+    chan configure stdout -encoding utf-8 -translation lf
     chan push stdout ::capture
     set code [catch {uplevel 1 $script} result]
     chan pop stdout
-    chan configure stdout -encoding $encoding
+    chan configure stdout -encoding [dict get $saved -encoding] \
+        -translation [dict get $saved -translation]
     return [list $code $result [encoding convertfrom utf-8 $::capture::text]]
 }

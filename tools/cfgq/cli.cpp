@@ -85,6 +85,21 @@ int finish_output(const QString& what, int status) {
 
 QString system_reason(int error) { return QString::fromLocal8Bit(std::strerror(error)); }
 
+bool read_standard_input(qint64 most, QByteArray* bytes, QString* why) {
+  bytes->clear();
+  char buffer[1 << 16];
+  while (bytes->size() <= most) {
+    const size_t got = std::fread(buffer, 1, sizeof buffer, stdin);
+    bytes->append(buffer, static_cast<qsizetype>(got));
+    if (got < sizeof buffer) break;
+  }
+  if (std::ferror(stdin)) {
+    *why = system_reason(errno);
+    return false;
+  }
+  return true;
+}
+
 int fail(const QString& what, const QString& why, int status) {
   flush_stdout();
   const QByteArray line = QStringLiteral("cfgq: %1: %2\n").arg(what, why).toUtf8();

@@ -45,6 +45,9 @@ int fail(const QString& what, const QString& why, int status);
 void note(const QString& text);
 // The system's reason for errno value `error`, as a person reads it.
 QString system_reason(int error);
+// Reads standard input to its end, or to one byte past `most`. False with *why on a read error.
+// (The C library's reads: a pipe's end is an end on every platform, never an error.)
+bool read_standard_input(qint64 most, QByteArray* bytes, QString* why);
 
 // ---- Writes ------------------------------------------------------------------------------
 

@@ -76,23 +76,29 @@ int run_export(const invocation& call) {
 // reaches, so that an endless input (/dev/zero, a stream that never ends) stops there. False with
 // *why (*too_large set when the input went past the limit).
 bool read_input(const QString& name, QByteArray* bytes, QString* why, bool* too_large) {
-  QFile file;
-  const bool opened = name == stdio_name ? file.open(stdin, QIODevice::ReadOnly)
-                                         : (file.setFileName(name), file.open(QIODevice::ReadOnly));
-  if (!opened) {
-    *why = file.errorString();
-    return false;
-  }
   // JSON quotes and escapes, so an export may be larger than the file it came from, but never
   // four times larger.
   const qint64 limit = 4 * max_file_bytes;
-  // A pipe gives what it holds at each read: read on until its end or past the bound.
-  bytes->clear();
-  for (;;) {
-    const QByteArray chunk = file.read(std::min<qint64>(limit + 1 - bytes->size(), 1 << 20));
-    if (chunk.isEmpty()) break;
-    bytes->append(chunk);
-    if (bytes->size() > limit) break;
+  if (name == stdio_name) {
+    if (!read_standard_input(limit, bytes, why)) return false;
+  } else {
+    QFile file(name);
+    if (!file.open(QIODevice::ReadOnly)) {
+      *why = file.errorString();
+      return false;
+    }
+    // A pipe gives what it holds at each read: read on until its end or past the bound.
+    bytes->clear();
+    for (;;) {
+      const QByteArray chunk = file.read(std::min<qint64>(limit + 1 - bytes->size(), 1 << 20));
+      if (chunk.isEmpty()) break;
+      bytes->append(chunk);
+      if (bytes->size() > limit) break;
+    }
+    if (bytes->size() <= limit && file.error() != QFileDevice::NoError) {
+      *why = file.errorString();
+      return false;
+    }
   }
   if (bytes->size() > limit) {
     *too_large = true;
@@ -100,10 +106,6 @@ bool read_input(const QString& name, QByteArray* bytes, QString* why, bool* too_
     *why = QStringLiteral("more than %1 bytes: no export of a settings file within its "
                           "%2-byte limit is that large")
                .arg(english.toString(limit), english.toString(max_file_bytes));
-    return false;
-  }
-  if (file.error() != QFileDevice::NoError) {
-    *why = file.errorString();
     return false;
   }
   return true;

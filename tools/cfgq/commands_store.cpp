@@ -343,24 +343,24 @@ bool value_text(const invocation& call, QString* text, QString* why, int* status
     return true;
   }
   const QString name = from_file ? call.options.value(QStringLiteral("value-file")) : QStringLiteral("standard input");
+  // A UTF-16 code unit takes at most three bytes of UTF-8: more bytes than that can't fit.
+  constexpr qint64 most_bytes = 3 * max_value_utf16_units;
+  QByteArray bytes;
+  QString reason;
   QFile file(name);
-  if (!(from_file ? file.open(QIODevice::ReadOnly) : file.open(stdin, QIODevice::ReadOnly))) {
-    *why = QStringLiteral("%1: %2").arg(name, file.errorString());
+  const bool read = from_file ? file.open(QIODevice::ReadOnly) &&
+                                    ((bytes = file.read(most_bytes + 1)).size() > most_bytes ||
+                                     file.error() == QFileDevice::NoError)
+                              : read_standard_input(most_bytes, &bytes, &reason);
+  if (!read) {
+    *why = QStringLiteral("%1: %2").arg(name, from_file ? file.errorString() : reason);
     *status = exit_failed;
     return false;
   }
-  // A UTF-16 code unit takes at most three bytes of UTF-8: more bytes than that can't fit.
-  constexpr qint64 most_bytes = 3 * max_value_utf16_units;
-  QByteArray bytes = file.read(most_bytes + 1);
   if (bytes.size() > most_bytes) {
     *why = QStringLiteral("%1: value too large to store (more than 30,000,000 bytes; the limit is "
                           "9,999,999 UTF-16 code units)").arg(name);
     *status = exit_usage;
-    return false;
-  }
-  if (file.error() != QFileDevice::NoError) {
-    *why = QStringLiteral("%1: %2").arg(name, file.errorString());
-    *status = exit_failed;
     return false;
   }
   if (bytes.endsWith('\n')) bytes.chop(bytes.endsWith("\r\n") ? 2 : 1);

@@ -4,7 +4,9 @@
 
 #include <QTextStream>
 
-#ifndef _WIN32
+#ifdef _WIN32
+#include <io.h>
+#else
 #include <unistd.h>
 #endif
 
@@ -36,7 +38,7 @@ main_key_state state_of(const QString& main_key) {
 
 bool stdin_is_terminal() {
 #ifdef _WIN32
-  return true;
+  return _isatty(_fileno(stdin)) != 0;  // a console; a pipe or a file is none
 #else
   return isatty(STDIN_FILENO) == 1;
 #endif
