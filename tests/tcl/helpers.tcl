@@ -58,6 +58,7 @@ proc write_settings_file {text} {
 proc file_value {path} {
     if {![file exists [settings_file]]} { return <absent> }
     set channel [open [settings_file] r]
+    fconfigure $channel -encoding utf-8
     set lines [split [read $channel] \n]
     close $channel
     set section ""

@@ -5,7 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
-#include <QTemporaryFile>
+#include <QTemporaryDir>
 
 namespace cli {
 
@@ -31,20 +31,49 @@ bool read_file_bytes(const QString& path, QByteArray* bytes, bool* exists, QStri
   return true;
 }
 
+namespace {
+
+// A private copy of a file's bytes for Qt to read or write, in a directory of its own: on
+// Windows Qt's writer can replace a file there, never one a temporary file object holds.
+class private_copy {
+ public:
+  explicit private_copy(const QByteArray& bytes)
+      : m_dir(QDir::tempPath() + QStringLiteral("/cfgq-XXXXXX")),
+        m_file(m_dir.filePath(QStringLiteral("copy.ini"))) {
+    if (!m_dir.isValid()) {
+      m_error = m_dir.errorString();
+      return;
+    }
+    QFile file(m_file);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush()) {
+      m_error = file.errorString();
+    }
+  }
+  bool made() const { return m_dir.isValid() && m_error.isEmpty(); }
+  const QString& error() const { return m_error; }
+  const QString& path() const { return m_file; }
+
+ private:
+  QTemporaryDir m_dir;
+  QString m_file;
+  QString m_error;
+};
+
+}  // namespace
+
 void parse_settings(const QByteArray& bytes, const QString& group, settings_snapshot* snapshot) {
   snapshot->main_keys.clear();
   snapshot->values.clear();
   snapshot->format_error = false;
   // Qt keeps one parsed copy per file name and process and reads a file again only when its size
   // or time changed; a fresh name for every read means every read parses these bytes.
-  QTemporaryFile copy(QDir::tempPath() + QStringLiteral("/cfgq-read-XXXXXX"));
-  if (!copy.open() || copy.write(bytes) != bytes.size() || !copy.flush()) {
-    snapshot->unreadable = QStringLiteral("no private copy could be made to read it: %1").arg(copy.errorString());
+  const private_copy copy(bytes);
+  if (!copy.made()) {
+    snapshot->unreadable = QStringLiteral("no private copy could be made to read it: %1").arg(copy.error());
     return;
   }
-  copy.close();
   try {
-    QSettings raw(copy.fileName(), QSettings::IniFormat);
+    QSettings raw(copy.path(), QSettings::IniFormat);
     // At the root, the key list makes Qt parse every section, and so find every damaged line.
     (void)raw.childKeys();
     snapshot->main_keys = raw.childGroups();
@@ -58,17 +87,16 @@ void parse_settings(const QByteArray& bytes, const QString& group, settings_snap
 
 qint64 size_after_writes(const QByteArray& bytes, const QList<QPair<QString, QVariant>>& writes,
                          QString* why) {
-  QTemporaryFile copy(QDir::tempPath() + QStringLiteral("/cfgq-size-XXXXXX"));
-  if (!copy.open() || copy.write(bytes) != bytes.size() || !copy.flush()) {
-    *why = QStringLiteral("no private copy could be made to measure the write: %1").arg(copy.errorString());
+  const private_copy copy(bytes);
+  if (!copy.made()) {
+    *why = QStringLiteral("no private copy could be made to measure the write: %1").arg(copy.error());
     return -1;
   }
-  copy.close();
   try {
-    QSettings raw(copy.fileName(), QSettings::IniFormat);
+    QSettings raw(copy.path(), QSettings::IniFormat);
     for (const auto& [key, value] : writes) raw.setValue(key, value);
     raw.sync();
-    if (raw.status() == QSettings::NoError) return QFileInfo(copy.fileName()).size();
+    if (raw.status() == QSettings::NoError) return QFileInfo(copy.path()).size();
   } catch (...) {
   }
   *why = QStringLiteral("the private copy that measures the write could not be written");
