@@ -79,6 +79,11 @@ bool restore_owner_and_mode(const QString& path, const file_state& like, QString
 // system can't give one.
 bool hard_link(const QString& from, const QString& to, QString* why);
 
+// The whole content of the file at `path`, read without keeping others from replacing it
+// meanwhile (on Windows a plain open refuses their renames). False (reason in *why) when it
+// can't be read; *missing says whether there is no file.
+bool read_file(const QString& path, QByteArray* bytes, bool* missing, QString* why);
+
 // Makes the file at `path` exclusively, the user's alone, and writes all of `bytes` to it,
 // flushed to disk. False (reason in *why) when any of it fails: a full disk, a quota.
 bool write_new_file(const QString& path, const QByteArray& bytes, QString* why);
@@ -180,6 +185,11 @@ bool locks_stay_local(const QString& path);
 // A directory in memory that every user may write and where one user's names are safe from
 // another's (/dev/shm with its sticky bit); empty where there is none.
 QString memory_dir();
+
+// True when a thread's own variables are destroyed while Qt still knows the thread, so that a
+// settings object kept in one can be deleted then. Not on Windows: there Qt lets go of a
+// thread first.
+bool thread_end_deletes_qt_objects();
 
 // This process's user.
 qint64 this_user();

@@ -52,6 +52,18 @@ bool make_directories(const QString& directory, QString* why) {
   return true;
 }
 
+bool read_file(const QString& path, QByteArray* bytes, bool* missing, QString* why) {
+  QFile file(path);
+  *missing = false;
+  if (file.open(QIODevice::ReadOnly)) {
+    *bytes = file.readAll();
+    if (file.error() == QFileDevice::NoError) return true;
+  }
+  *missing = !file.exists();
+  *why = file.errorString();
+  return false;
+}
+
 bool write_new_file(const QString& path, const QByteArray& bytes, QString* why) {
   const owned_fd fd(::open(QFile::encodeName(path).constData(),
                            O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, owner_only));
@@ -236,6 +248,8 @@ void own_private_file(const QString& path) {
   }
   if ((st.st_mode & 07777) != owner_only) ::fchmod(fd.get(), owner_only);
 }
+
+bool thread_end_deletes_qt_objects() { return true; }
 
 QString memory_dir() {
   struct stat st {};

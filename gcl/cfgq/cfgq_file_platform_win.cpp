@@ -179,6 +179,31 @@ bool restore_owner_and_mode(const QString& path, const file_state& like, QString
   return true;
 }
 
+bool read_file(const QString& path, QByteArray* bytes, bool* missing, QString* why) {
+  // Shared for deletion too: a writer may rename its new file over this one meanwhile.
+  const owned_handle file(::CreateFileW(native(path).c_str(), GENERIC_READ,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  *missing = false;
+  if (!file.valid()) {
+    const DWORD error = ::GetLastError();
+    *missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+    *why = error_text(error);
+    return false;
+  }
+  bytes->clear();
+  char buffer[1 << 16];
+  for (;;) {
+    DWORD got = 0;
+    if (!::ReadFile(file.get(), buffer, sizeof buffer, &got, nullptr)) {
+      set_why(why);
+      return false;
+    }
+    if (got == 0) return true;
+    bytes->append(buffer, static_cast<qsizetype>(got));
+  }
+}
+
 bool write_new_file(const QString& path, const QByteArray& bytes, QString* why) {
   // A new file in the profile inherits the profile's access list, which is the user's own.
   const owned_handle file(::CreateFileW(native(path).c_str(), GENERIC_WRITE, 0, nullptr,
@@ -376,6 +401,8 @@ bool locks_stay_local(const QString& path) {
 }
 
 QString memory_dir() { return QString(); }
+
+bool thread_end_deletes_qt_objects() { return false; }
 
 qint64 this_user() { return 0; }
 

@@ -1,6 +1,7 @@
 // The records of the process's settings files, their aliases, and the change detection.
 #include "cfgq_file_record.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstring>
@@ -153,9 +154,16 @@ std::shared_ptr<cfgq_file_generation> cfgq_new_generation(cfgq_file_record& reco
   } else {
     generation->alias = QDir(dir).filePath(
         QStringLiteral("f%1.%2").arg(record.number).arg(++record.generations));
-    if (!platform::make_link(record.real, generation->alias)) generation->alias = record.real;
+    generation->copy = !platform::make_link(record.real, generation->alias);
   }
-  if (record.current) cfgq_release_settings_file(record.current->alias);
+  if (record.current) {
+    cfgq_release_settings_file(record.current->alias);
+    // A copy nobody writes through any more goes (an object still open on it reads nothing more
+    // from it, and one with changes refreshes it before it writes).
+    if (record.current->copy && record.current->dirty_objects == 0) {
+      platform::remove_file(record.current->alias);
+    }
+  }
   record.current = generation;
   return generation;
 }
@@ -164,10 +172,13 @@ void cfgq_discard_writes(const cfgq_file_record& record, cfgq_file_generation& g
   if (generation.discarding) return;
   generation.discarding = true;
   if (generation.alias == record.real || generation.alias.isEmpty()) return;
+  // Qt writes a copy only to the copy: nothing of it reaches the file without the owner.
   const QString replacement = generation.alias + QStringLiteral(".new");
-  platform::remove_file(replacement);
-  if (platform::make_link(generation.alias + QStringLiteral(".void"), replacement)) {
-    platform::rename_over(replacement, generation.alias, nullptr);
+  if (!generation.copy) {
+    platform::remove_file(replacement);
+    if (platform::make_link(generation.alias + QStringLiteral(".void"), replacement)) {
+      platform::rename_over(replacement, generation.alias, nullptr);
+    }
   }
   cfgq_release_settings_file(generation.alias);
 }
@@ -202,6 +213,43 @@ QString cfgq_real_file(const QString& path, platform::file_state* state, QString
     *refusal = QStringLiteral("%1 is a link to %2, which its owner does not own").arg(path, real);
   }
   return real;
+}
+
+bool cfgq_refresh_copy(const cfgq_file_record& record, cfgq_file_generation& generation,
+                       const platform::file_state& now, QString* why) {
+  if (!generation.copy || (generation.copy_of.exists && generation.copy_of.same_as(now))) {
+    return true;
+  }
+  const platform::file_state seen = platform::state_of(generation.alias, false);
+  if (seen.exists) generation.copy_ms = std::max(generation.copy_ms, seen.modified_ms);
+  generation.copy_of = platform::file_state();
+  QByteArray bytes;
+  bool missing = false;
+  if (!now.exists) {
+    // No file: no copy, which Qt reads as empty.
+    if (!platform::remove_file(generation.alias)) {
+      *why = QStringLiteral("the old copy can't be removed: ") + platform::last_error_text();
+      return false;
+    }
+    return true;
+  }
+  if (!platform::read_file(record.real, &bytes, &missing, why)) return false;
+  const QString replacement = generation.alias + QStringLiteral(".new");
+  platform::remove_file(replacement);
+  if (!platform::write_new_file(replacement, bytes, why) ||
+      !platform::rename_over(replacement, generation.alias, why)) {
+    platform::remove_file(replacement);
+    return false;
+  }
+  // Qt reads a file again only when its size or time changed: the copy gets a later time than
+  // any it had (it may have been removed and made anew since Qt read it).
+  if (generation.copy_ms >= 0) platform::touch_distinct(generation.alias, generation.copy_ms, nullptr);
+  generation.copy_ms = std::max(generation.copy_ms,
+                                platform::state_of(generation.alias, false).modified_ms);
+  // What was read is the file in `now` only if the file is still so; if not, the caller finds
+  // the file changed and reads again.
+  if (platform::state_of(record.native, true).same_as(now)) generation.copy_of = now;
+  return true;
 }
 
 bool cfgq_point_alias(const QString& alias, const QString& target) {

@@ -3,6 +3,7 @@
 // are written is in cfgq_settings_file_write.cpp.
 #include "cfgq_settings_file.h"
 
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -24,6 +25,14 @@ namespace {
 // settings object is not to be shared between threads, and Qt delivers its events on the thread
 // that made it, so each thread keeps its own.
 constexpr std::size_t max_idle_objects = 4;
+
+// Where a thread's variables outlive Qt's knowledge of the thread (Windows), only the thread
+// that loaded the library, whose variables go at the process's exit, keeps objects.
+const std::thread::id loading_thread = std::this_thread::get_id();
+
+bool keeps_idle_objects() {
+  return platform::thread_end_deletes_qt_objects() || std::this_thread::get_id() == loading_thread;
+}
 
 std::vector<std::unique_ptr<cfgq_settings_file>>& idle_objects() {
   thread_local std::vector<std::unique_ptr<cfgq_settings_file>> objects;
@@ -98,6 +107,19 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
   }
 
   std::unique_ptr<cfgq_settings_file> settings;
+  // An object on `generation`'s alias, after its copy (where it is one) got the file's content
+  // as found in `now`; an object that holds nothing and writes nothing when the file can't be
+  // read: Qt would read an old copy, or none, and a write would put that in the file's place.
+  const auto make_object = [&](const platform::file_state& now) {
+    QString why;
+    if (cfgq_refresh_copy(*record, *generation, now, &why)) {
+      settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
+      return true;
+    }
+    auto refused = cfgq_void_generation(QStringLiteral("the file can't be read: ") + why);
+    settings.reset(new cfgq_settings_file(refused->alias, path, nullptr, refused));
+    return false;
+  };
   if (generation->dirty_objects > 0 && takes_own_lock(*record, *generation)) {
     // Opening writes the changes other objects on the alias hold: under the file's lock.
     cfgq_file_write file_write(record->real);
@@ -108,7 +130,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     if (!locked || generation->discarding) {
       // Those changes wait for their own objects' writes; this object reads the file anew.
       generation = cfgq_new_generation(*record);
-      settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
+      make_object(platform::state_of(record->native, true));
     } else {
       const QString failure = write_checked(*record, *generation, file_write, [&]() -> QSettings& {
         settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
@@ -119,7 +141,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
         cfgq_discard_writes(*record, *generation);
         report_failure(record->real, failure);
         generation = cfgq_new_generation(*record);
-        settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
+        make_object(platform::state_of(record->native, true));
       }
     }
   } else {
@@ -128,7 +150,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     // is made again on a new alias, which reads the file afresh, a few times; the last one's
     // write then makes its Qt state read the file again first (see write_checked).
     for (int tries = 0;; ++tries) {
-      settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
+      if (!make_object(state)) return settings;
       const platform::file_state after = platform::state_of(record->native, true);
       if (after.same_as(state) && cfgq_remember_view(*record, *generation, state, nullptr)) break;
       generation->known.valid = false;
@@ -173,7 +195,7 @@ void cfgq_settings_file::close(std::unique_ptr<QSettings> settings) {
   auto* file = static_cast<cfgq_settings_file*>(settings.get());
   const bool reusable = file->m_record && !file->m_changed && !file->m_finished &&
                         !file->m_generation->discarding && file->status() == QSettings::NoError &&
-                        file->thread() == QThread::currentThread();
+                        file->thread() == QThread::currentThread() && keeps_idle_objects();
   if (!reusable) return;  // deleted here, writing its changes
   while (file->m_levels > 0) file->end_group();
   if (!file->group().isEmpty()) return;

@@ -1,6 +1,8 @@
 // How a settings object's changes reach the file: the steps of cfgq_file_write, with Qt writing
 // the staged file through the object's alias.
 // May use: cfgq_diagnostics, cfgq_file_record, cfgq_file_write, cfgq_limits, cfgq_settings_file.
+#include <algorithm>
+
 #include <QFileInfo>
 
 #include "cfgq_diagnostics.h"
@@ -95,7 +97,13 @@ QString cfgq_settings_file::write_checked(cfgq_file_record& record,
   // since it was opened is not written.
   const platform::file_state before = platform::state_of(record.native, false);
   if (before.exists && !before.regular) return QStringLiteral("not a regular file");
-  if (before.exists && !cfgq_still_known(record, generation, before)) {
+  QString why;
+  if (generation.copy) {
+    // Qt merges its changes into the copy: it must hold the file as it is now.
+    if (!cfgq_refresh_copy(record, generation, before, &why)) {
+      return QStringLiteral("the file can't be read: ") + why;
+    }
+  } else if (before.exists && !cfgq_still_known(record, generation, before)) {
     // Another process wrote the file since Qt read it: make sure Qt sees it changed, by more
     // than its size and modification time, and reads it again before it merges and writes.
     platform::touch_distinct(record.real,
@@ -105,9 +113,9 @@ QString cfgq_settings_file::write_checked(cfgq_file_record& record,
 
   // 2. Qt writes the stage: the alias points at it for the write. Only through an alias of its
   // own can the write be staged; without one Qt writes the file itself, and a cut is found, not
-  // undone.
-  const bool staged = generation.alias != record.real;
-  QString why;
+  // undone. A copy is a stage of its own, staged again as a whole once Qt wrote it.
+  const bool direct = generation.alias == record.real;
+  const bool staged = !direct && !generation.copy;
   if (staged) {
     const bool sweep = record.shared && !record.swept;  // gone writers' stages: once a process
     if (!file_write.stage_current(before, sweep, &why)) return why;
@@ -116,11 +124,11 @@ QString cfgq_settings_file::write_checked(cfgq_file_record& record,
       return QStringLiteral("the file can't be staged for writing: ") +
              platform::last_error_text();
     }
-  } else if (!before.exists) {
+  } else if (direct && !before.exists) {
     // Qt would make a new file readable by everyone (and writable, under umask 000).
     platform::make_private_file(record.real, nullptr, nullptr);
   }
-  const QString target = staged ? file_write.stage() : record.real;
+  const QString target = staged ? file_write.stage() : generation.alias;
   const platform::file_state start = platform::state_of(target, true);
   QSettings& settings = write();
 
@@ -133,15 +141,18 @@ QString cfgq_settings_file::write_checked(cfgq_file_record& record,
   } else if (!written.same_as(start)) {
     failure = incomplete(settings, target, record.real, written, generation.dirty_objects,
                          &written_hash);
-    if (!failure.isEmpty() && !staged) failure += QStringLiteral("; the file may be damaged");
+    if (!failure.isEmpty() && direct) failure += QStringLiteral("; the file may be damaged");
   }
 
   // 4. Qt's state now stands for the staged file, which becomes the file itself (same inode,
   // same stamp) or goes with the write object. Qt made it as this process's user: it takes the
   // old file's owner and mode, or those of a file set aside from its place.
-  if (staged) {
-    cfgq_point_alias(generation.alias, record.real);
-    if (failure.isEmpty() && !written.same_as(start) &&
+  if (staged) cfgq_point_alias(generation.alias, record.real);
+  if (!direct && failure.isEmpty() && !written.same_as(start)) {
+    QByteArray bytes;
+    bool missing = false;
+    if ((!staged && (!platform::read_file(target, &bytes, &missing, &why) ||
+                     !file_write.stage_bytes(bytes, &why))) ||
         !file_write.commit(before.exists ? before : owner_of_new_file(record), &why)) {
       failure = why;
     }
@@ -151,6 +162,10 @@ QString cfgq_settings_file::write_checked(cfgq_file_record& record,
   // 5. The record remembers what Qt now holds.
   if (!written.same_as(start)) record.pending_like = platform::file_state();
   const platform::file_state now = platform::state_of(record.native, true);
+  if (generation.copy && !written.same_as(start)) {
+    generation.copy_of = now;
+    generation.copy_ms = std::max(generation.copy_ms, written.modified_ms);
+  }
   if (!cfgq_remember_view(record, generation, now, written_hash != 0 ? &written_hash : nullptr)) {
     generation.known.valid = false;
   }
