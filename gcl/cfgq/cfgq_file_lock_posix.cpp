@@ -186,6 +186,8 @@ bool held_file::make(const QString& path, const QByteArray& text, QString* why) 
 
 bool held_file::made() const { return m_state != nullptr; }
 
+void held_file::release() { m_state.reset(); }
+
 holding held_file::take(const QString& path) {
   owned_fd fd(open_for_locking(QFile::encodeName(path)));
   if (fd.get() < 0) return errno == ENOENT ? holding::missing : holding::held;

@@ -169,6 +169,8 @@ class held_file {
   enum class holding { missing, free, held };
   holding take(const QString& path);
   bool made() const;
+  // Unlocks and closes now (on Windows a removed file goes only once closed).
+  void release();
 
  private:
   struct state;

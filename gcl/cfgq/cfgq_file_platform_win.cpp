@@ -101,6 +101,7 @@ file_state state_of(const QString& path, bool follow_links) {
     state.changed_ns = to_ms(info.ftLastWriteTime) * 1'000'000;
   }
   state.mode = (info.dwFileAttributes & FILE_ATTRIBUTE_READONLY) ? 0400 : 0600;
+  state.owner = this_user();  // what the process reaches in the profile counts as its user's
   return state;
 }
 
@@ -382,6 +383,8 @@ bool held_file::make(const QString& path, const QByteArray& text, QString* why) 
 }
 
 bool held_file::made() const { return m_state != nullptr; }
+
+void held_file::release() { m_state.reset(); }
 
 holding held_file::take(const QString& path) {
   auto taken = std::make_unique<state>();

@@ -14,13 +14,21 @@ const QString dir_prefix = QStringLiteral("cfgq.");
 
 // Removes everything in `dir` (files and links: private directories hold nothing else), then
 // the directory.
-void remove_tree(const QString& dir) {
+// Removes the directory `dir` and its files, `owner` (holding its owner file) given back last:
+// where a removed file goes at once (POSIX), the directory goes while it is still held; where
+// it goes only once closed (Windows), the directory goes after, and only if no other process
+// has a file of it open.
+void remove_tree(const QString& dir, platform::held_file* owner) {
   QDir listing(dir);
   for (const QString& name : listing.entryList(QDir::AllEntries | QDir::System | QDir::Hidden |
                                                QDir::NoDotAndDotDot)) {
-    platform::remove_file(listing.filePath(name));
+    if (name != owner_name) platform::remove_file(listing.filePath(name));
   }
-  QDir().rmdir(dir);
+  platform::remove_file(listing.filePath(owner_name));
+  if (!QDir().rmdir(dir)) {
+    owner->release();
+    QDir().rmdir(dir);
+  }
 }
 
 // The files a gone owner's note names for removal: only regular files of this user, never
@@ -77,13 +85,7 @@ std::unique_ptr<cfgq_private_dir> cfgq_private_dir::make(const QString& parent,
 
 cfgq_private_dir::~cfgq_private_dir() {
   // The owner file goes last, while still held: until then no sweeper takes the directory.
-  QDir listing(m_path);
-  for (const QString& name : listing.entryList(QDir::AllEntries | QDir::System | QDir::Hidden |
-                                               QDir::NoDotAndDotDot)) {
-    if (name != owner_name) platform::remove_file(listing.filePath(name));
-  }
-  platform::remove_file(file(owner_name));
-  QDir().rmdir(m_path);
+  remove_tree(m_path, &m_owner);
 }
 
 void cfgq_sweep_private_dirs(const QString& parent) {
@@ -104,7 +106,7 @@ void cfgq_sweep_private_dirs(const QString& parent) {
         break;
       case platform::holding::free:
         remove_noted(owner);
-        remove_tree(path);
+        remove_tree(path, &taken);
         break;
       case platform::holding::missing:
         // Its maker was killed making or removing it; one still making it makes another.
