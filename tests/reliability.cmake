@@ -88,3 +88,18 @@ foreach(shared_homes_case hosts one-second locks env root runtime small)
     ENVIRONMENT "CFGQ=$<TARGET_FILE:cfgq_tool>" SKIP_RETURN_CODE 77 LABELS reliability
     TIMEOUT 120)
 endforeach()
+
+# Where no link can be made (Windows) the settings objects work on private copies of the file:
+# the cache, concurrency and thread tests again with symlink() refused (tests/fault/no_links.c).
+if(NOT WIN32)
+  foreach(area cache concurrency shared_file_threads)
+    add_test(NAME ${area}_without_links
+      COMMAND ${CMAKE_COMMAND} -E env "LD_PRELOAD=$<TARGET_FILE:no_links>"
+              "ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=1:abort_on_error=1"
+              $<TARGET_FILE:${area}_test>
+              # (the exit test's unload ends what the process's later tests would use)
+              --gtest_filter=-*ReleasesKeptFilesAtExit*)
+    set_tests_properties(${area}_without_links PROPERTIES LABELS reliability)
+  endforeach()
+  add_dependencies(cache_test no_links)
+endif()

@@ -56,7 +56,10 @@ QString profile_settings_file(const std::string& profile_dir) {
     std::string dir;
     QString path;
   };
-  thread_local std::unique_ptr<answer> last;
+  struct last_answer {
+    std::unique_ptr<answer> known;
+  };
+  std::unique_ptr<answer>& last = cfgq_platform::per_thread<last_answer>().known;
   if (last && last->dir == profile_dir) return last->path;
   const QString dir = QString::fromStdString(profile_dir);
   QString path = QDir(dir).absoluteFilePath(QStringLiteral("korvel2.kreg"));

@@ -188,10 +188,27 @@ bool locks_stay_local(const QString& path);
 // another's (/dev/shm with its sticky bit); empty where there is none.
 QString memory_dir();
 
-// True when a thread's own variables are destroyed while Qt still knows the thread, so that a
-// settings object kept in one can be deleted then. Not on Windows: there Qt lets go of a
-// thread first.
+// True when a settings object kept for a thread can be deleted as the thread ends. Not on
+// Windows, where the order in which the C++ runtime, the threads library and Qt let go of an
+// ending thread is not to be relied on.
 bool thread_end_deletes_qt_objects();
+
+// Calls destroy(value) in this thread as it ends, the last registered first.
+void at_thread_end(void (*destroy)(void*), void* value);
+
+// This thread's own T, made at first use and deleted as the thread ends (at_thread_end). Each
+// use site has a type of its own. Unlike a thread_local object with a destructor, this holds up
+// in a DLL built with mingw-w64, whose runtime can free such an object's storage before it
+// runs the destructor: the runtime holds only a pointer here.
+template <class T>
+T& per_thread() {
+  thread_local T* value = nullptr;
+  if (value == nullptr) {
+    value = new T();
+    at_thread_end([](void* made) { delete static_cast<T*>(made); }, value);
+  }
+  return *value;
+}
 
 // This process's user.
 qint64 this_user();

@@ -251,6 +251,17 @@ void own_private_file(const QString& path) {
 
 bool thread_end_deletes_qt_objects() { return true; }
 
+void at_thread_end(void (*destroy)(void*), void* value) {
+  struct ender {
+    std::vector<std::pair<void (*)(void*), void*>> entries;
+    ~ender() {
+      for (auto it = entries.rbegin(); it != entries.rend(); ++it) it->first(it->second);
+    }
+  };
+  thread_local ender list;
+  list.entries.emplace_back(destroy, value);
+}
+
 QString memory_dir() {
   struct stat st {};
   // A shared directory like /tmp: only with its sticky bit may one user's names be safe there.

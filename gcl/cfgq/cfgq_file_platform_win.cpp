@@ -5,6 +5,8 @@
 #include <windows.h>
 
 #include <limits>
+#include <utility>
+#include <vector>
 
 #include <QDir>
 #include <QFile>
@@ -406,6 +408,32 @@ bool locks_stay_local(const QString& path) {
 QString memory_dir() { return QString(); }
 
 bool thread_end_deletes_qt_objects() { return false; }
+
+namespace {
+
+// A thread's values to destroy as it ends, in a fiber-local slot: the system calls
+// run_thread_end with it as the thread ends, before the DLLs are told.
+struct thread_end_list {
+  std::vector<std::pair<void (*)(void*), void*>> entries;
+};
+
+void WINAPI run_thread_end(void* list) {
+  auto* ending = static_cast<thread_end_list*>(list);
+  for (auto it = ending->entries.rbegin(); it != ending->entries.rend(); ++it) it->first(it->second);
+  delete ending;
+}
+
+}  // namespace
+
+void at_thread_end(void (*destroy)(void*), void* value) {
+  static const DWORD slot = ::FlsAlloc(run_thread_end);
+  auto* list = static_cast<thread_end_list*>(::FlsGetValue(slot));
+  if (list == nullptr) {
+    list = new thread_end_list();
+    ::FlsSetValue(slot, list);
+  }
+  list->entries.emplace_back(destroy, value);
+}
 
 qint64 this_user() { return 0; }
 

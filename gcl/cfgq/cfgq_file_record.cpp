@@ -75,7 +75,10 @@ class file_records {
  public:
   std::shared_ptr<cfgq_file_record> find_or_make(const QString& real, bool shared) {
     // Records live as long as the process: each thread remembers the one it used last.
-    thread_local std::shared_ptr<cfgq_file_record> last;
+    struct last_record {
+      std::shared_ptr<cfgq_file_record> record;
+    };
+    std::shared_ptr<cfgq_file_record>& last = platform::per_thread<last_record>().record;
     if (last && last->real == real) return last;
     // Keyed by what the file is, not by the path that reached it (a bind mount, a second
     // mount of one export): its directory's identity and its name.
@@ -196,13 +199,16 @@ std::shared_ptr<cfgq_file_generation> cfgq_void_generation(const QString& reason
 
 QString cfgq_real_file(const QString& path, platform::file_state* state, QString* refusal) {
   // Each thread remembers the last path it looked at in the file system's encoding.
-  thread_local QString last_path;
-  thread_local QByteArray last_native;
-  if (last_path != path) {
-    last_native = QFile::encodeName(path);
-    last_path = path;
+  struct last_path {
+    QString path;
+    QByteArray native;
+  };
+  last_path& last = platform::per_thread<last_path>();
+  if (last.path != path) {
+    last.native = QFile::encodeName(path);
+    last.path = path;
   }
-  const platform::file_state seen = platform::state_of(last_native, false);
+  const platform::file_state seen = platform::state_of(last.native, false);
   if (!seen.link) {
     *state = seen;
     return path;
@@ -216,24 +222,22 @@ QString cfgq_real_file(const QString& path, platform::file_state* state, QString
 }
 
 bool cfgq_refresh_copy(const cfgq_file_record& record, cfgq_file_generation& generation,
-                       const platform::file_state& now, QString* why) {
-  if (!generation.copy || (generation.copy_of.exists && generation.copy_of.same_as(now))) {
-    return true;
-  }
+                       bool known, QString* why) {
+  if (!generation.copy) return true;
+  // A copy that went (its generation ended, a cleaner emptied the temporary directory) is made
+  // again: Qt would take a missing copy for an empty file and write that in the file's place.
   const platform::file_state seen = platform::state_of(generation.alias, false);
+  if (known && seen.exists) return true;
   if (seen.exists) generation.copy_ms = std::max(generation.copy_ms, seen.modified_ms);
-  generation.copy_of = platform::file_state();
   QByteArray bytes;
   bool missing = false;
-  if (!now.exists) {
+  if (!platform::read_file(record.real, &bytes, &missing, why)) {
     // No file: no copy, which Qt reads as empty.
-    if (!platform::remove_file(generation.alias)) {
-      *why = QStringLiteral("the old copy can't be removed: ") + platform::last_error_text();
-      return false;
-    }
-    return true;
+    if (!missing) return false;
+    if (platform::remove_file(generation.alias)) return true;
+    *why = QStringLiteral("the old copy can't be removed: ") + platform::last_error_text();
+    return false;
   }
-  if (!platform::read_file(record.real, &bytes, &missing, why)) return false;
   const QString replacement = generation.alias + QStringLiteral(".new");
   platform::remove_file(replacement);
   if (!platform::write_new_file(replacement, bytes, why) ||
@@ -246,9 +250,6 @@ bool cfgq_refresh_copy(const cfgq_file_record& record, cfgq_file_generation& gen
   if (generation.copy_ms >= 0) platform::touch_distinct(generation.alias, generation.copy_ms, nullptr);
   generation.copy_ms = std::max(generation.copy_ms,
                                 platform::state_of(generation.alias, false).modified_ms);
-  // What was read is the file in `now` only if the file is still so; if not, the caller finds
-  // the file changed and reads again.
-  if (platform::state_of(record.native, true).same_as(now)) generation.copy_of = now;
   return true;
 }
 

@@ -37,7 +37,6 @@ struct cfgq_file_generation {
   // writes only the copy, which nobody else opens, and the owner brings the file's content into
   // it before Qt reads (cfgq_refresh_copy) and puts what Qt wrote in place of the file.
   bool copy = false;
-  cfgq_platform::file_state copy_of;  // the file's state the copy holds (not existing: unknown)
   qint64 copy_ms = -1;  // the latest modification time the copy had, which Qt may have seen
 };
 
@@ -98,11 +97,12 @@ std::shared_ptr<cfgq_file_generation> cfgq_void_generation(const QString& reason
 // Points `generation`'s alias into the void: whatever its objects write from now on is dropped.
 void cfgq_discard_writes(const cfgq_file_record& record, cfgq_file_generation& generation);
 
-// Where `generation`'s alias is a copy, gives it the content of the file, found in `now`, unless
-// it holds that already; the copy gets a stamp Qt has not seen on it, so Qt reads it anew. No
-// file leaves no copy. False, with the reason, when the file can't be read.
+// Where `generation`'s alias is a copy, gives it the file's content, unless `known` (the file is
+// as Qt's parsed state on the alias last matched it, cfgq_still_known) and the copy is there;
+// the copy gets a stamp Qt has not seen on it, so Qt reads it anew. No file leaves no copy.
+// False, with the reason, when the file can't be read.
 bool cfgq_refresh_copy(const cfgq_file_record& record, cfgq_file_generation& generation,
-                       const cfgq_platform::file_state& now, QString* why);
+                       bool known, QString* why);
 
 // Points the alias `alias` at `target`, replacing the link in one step.
 bool cfgq_point_alias(const QString& alias, const QString& target);

@@ -34,9 +34,12 @@ bool keeps_idle_objects() {
   return platform::thread_end_deletes_qt_objects() || std::this_thread::get_id() == loading_thread;
 }
 
+struct idle_list {
+  std::vector<std::unique_ptr<cfgq_settings_file>> objects;
+};
+
 std::vector<std::unique_ptr<cfgq_settings_file>>& idle_objects() {
-  thread_local std::vector<std::unique_ptr<cfgq_settings_file>> objects;
-  return objects;
+  return platform::per_thread<idle_list>().objects;
 }
 
 }  // namespace
@@ -108,11 +111,11 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
 
   std::unique_ptr<cfgq_settings_file> settings;
   // An object on `generation`'s alias, after its copy (where it is one) got the file's content
-  // as found in `now`; an object that holds nothing and writes nothing when the file can't be
+  // unless `known`; an object that holds nothing and writes nothing when the file can't be
   // read: Qt would read an old copy, or none, and a write would put that in the file's place.
-  const auto make_object = [&](const platform::file_state& now) {
+  const auto make_object = [&](bool known_file) {
     QString why;
-    if (cfgq_refresh_copy(*record, *generation, now, &why)) {
+    if (cfgq_refresh_copy(*record, *generation, known_file, &why)) {
       settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
       return true;
     }
@@ -130,7 +133,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     if (!locked || generation->discarding) {
       // Those changes wait for their own objects' writes; this object reads the file anew.
       generation = cfgq_new_generation(*record);
-      make_object(platform::state_of(record->native, true));
+      make_object(false);
     } else {
       const QString failure = write_checked(*record, *generation, file_write, [&]() -> QSettings& {
         settings.reset(new cfgq_settings_file(generation->alias, path, record, generation));
@@ -141,7 +144,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
         cfgq_discard_writes(*record, *generation);
         report_failure(record->real, failure);
         generation = cfgq_new_generation(*record);
-        make_object(platform::state_of(record->native, true));
+        make_object(false);
       }
     }
   } else {
@@ -150,7 +153,7 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     // is made again on a new alias, which reads the file afresh, a few times; the last one's
     // write then makes its Qt state read the file again first (see write_checked).
     for (int tries = 0;; ++tries) {
-      if (!make_object(state)) return settings;
+      if (!make_object(known && tries == 0)) return settings;
       const platform::file_state after = platform::state_of(record->native, true);
       if (after.same_as(state) && cfgq_remember_view(*record, *generation, state, nullptr)) break;
       generation->known.valid = false;
@@ -241,9 +244,10 @@ void cfgq_settings_file::mark_changed() {
   // A refused write pointed this object's alias into the void. Once no object on it holds
   // refused changes any more, a long-lived object's new change may reach the file again: the
   // alias points back at the file, and the write makes Qt read the file afresh before it merges
-  // (what Qt holds for the alias is the refused state).
+  // (what Qt holds for the alias is the refused state). A copy is made anew from the file then.
   if (generation.discarding && generation.dirty_objects == 0 &&
-      generation.alias != m_record->real && cfgq_point_alias(generation.alias, m_record->real)) {
+      generation.alias != m_record->real &&
+      (generation.copy || cfgq_point_alias(generation.alias, m_record->real))) {
     generation.discarding = false;
     generation.known.valid = false;
   }

@@ -13,7 +13,9 @@
 // owner takes the file's real lock ("<file>.lock", the protocol every writer of the file
 // follows) for a bounded time around every write. An alias also lets the owner start afresh:
 // settings objects opened on a new alias read the file anew, and an alias pointed into the
-// void discards the changes of a write that was refused.
+// void discards the changes of a write that was refused. Where no link can be made (Windows),
+// the alias is a private copy of the file: the owner gives it the file's content before Qt
+// reads it and puts what Qt wrote in the file's place, so Qt never opens the file itself.
 // May use: cfgq_diagnostics, cfgq_file_damage, cfgq_file_location, cfgq_file_record,
 //   cfgq_file_write, cfgq_limits, cfgq_settings_cache.
 #pragma once

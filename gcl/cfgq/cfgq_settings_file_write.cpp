@@ -100,7 +100,8 @@ QString cfgq_settings_file::write_checked(cfgq_file_record& record,
   QString why;
   if (generation.copy) {
     // Qt merges its changes into the copy: it must hold the file as it is now.
-    if (!cfgq_refresh_copy(record, generation, before, &why)) {
+    const bool known = before.exists && cfgq_still_known(record, generation, before);
+    if (!cfgq_refresh_copy(record, generation, known, &why)) {
       return QStringLiteral("the file can't be read: ") + why;
     }
   } else if (before.exists && !cfgq_still_known(record, generation, before)) {
@@ -162,10 +163,7 @@ QString cfgq_settings_file::write_checked(cfgq_file_record& record,
   // 5. The record remembers what Qt now holds.
   if (!written.same_as(start)) record.pending_like = platform::file_state();
   const platform::file_state now = platform::state_of(record.native, true);
-  if (generation.copy && !written.same_as(start)) {
-    generation.copy_of = now;
-    generation.copy_ms = std::max(generation.copy_ms, written.modified_ms);
-  }
+  if (generation.copy) generation.copy_ms = std::max(generation.copy_ms, written.modified_ms);
   if (!cfgq_remember_view(record, generation, now, written_hash != 0 ? &written_hash : nullptr)) {
     generation.known.valid = false;
   }
