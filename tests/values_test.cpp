@@ -134,6 +134,19 @@ TEST_F(ValuesTest, ValuesReachTheFileUnderTheRunningVersionsSection) {
   EXPECT_EQ(out.toInt(), 640);
 }
 
+// A profile directory named in UTF-8 beyond ASCII (on Windows given to the process in UTF-16).
+TEST_F(ValuesTest, AProfileDirectoryBeyondAsciiHoldsTheFile) {
+  const QString profile = home() + QString::fromUtf8("/\xc3\x89mile \xe6\x97\xa5\xe6\x9c\xac");
+  ASSERT_TRUE(QDir().mkpath(profile));
+  const cfgq_test::EnvGuard guard("HOME", profile.toStdString());
+  { Key(Key::GENERAL, nullptr, nullptr).set_value("Width", 640); }
+  QSettings file(profile + QStringLiteral("/korvel2.kreg"), QSettings::IniFormat);
+  EXPECT_EQ(file.value(QStringLiteral("25.1_pro/General/Width")).toInt(), 640);
+  QVariant out;
+  EXPECT_TRUE(Key(Key::GENERAL, nullptr, nullptr).get_value("Width", &out));
+  EXPECT_EQ(out.toInt(), 640);
+}
+
 // ---- Diagnostics on the "CFGQ" debug channel -------------------------------------------------
 
 std::string blank_text(const std::string& name) {
