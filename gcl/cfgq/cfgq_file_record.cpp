@@ -136,9 +136,15 @@ namespace {
 // The directory for the record's next alias: the process's runtime directory, or, when that is
 // missing or full, a private directory of the process beside the file. Empty when neither can
 // be had (Qt then opens the file under its own name). The record's mutex is held.
+QString beside_directory(cfgq_file_record& record);
+
 QString alias_directory(cfgq_file_record& record) {
   const QString runtime = private_dir().usable_path();
-  if (!runtime.isEmpty()) return runtime;
+  return runtime.isEmpty() ? beside_directory(record) : runtime;
+}
+
+// The process's private directory beside the file, made at first use; empty when it can't be.
+QString beside_directory(cfgq_file_record& record) {
   if (!record.beside) {
     QString why;
     record.beside = cfgq_private_dir::make(cfgq_beside_parent(record.real), {}, &why);
@@ -158,6 +164,10 @@ std::shared_ptr<cfgq_file_generation> cfgq_new_generation(cfgq_file_record& reco
     generation->alias = QDir(dir).filePath(
         QStringLiteral("f%1.%2").arg(record.number).arg(++record.generations));
     generation->copy = !platform::make_link(record.real, generation->alias);
+    // A copy stays beside the file, where no cleaner of temporary files takes it: Qt would take
+    // a copy gone from under it for an empty file.
+    const QString beside = generation->copy ? beside_directory(record) : QString();
+    if (!beside.isEmpty()) generation->alias = QDir(beside).filePath(QFileInfo(generation->alias).fileName());
   }
   if (record.current) {
     cfgq_release_settings_file(record.current->alias);
@@ -227,13 +237,14 @@ bool cfgq_refresh_copy(const cfgq_file_record& record, cfgq_file_generation& gen
   // A copy that went (its generation ended, a cleaner emptied the temporary directory) is made
   // again: Qt would take a missing copy for an empty file and write that in the file's place.
   const platform::file_state seen = platform::state_of(generation.alias, false);
-  if (known && seen.exists) return true;
+  if (known && seen.exists && seen.same_as(generation.copy_state)) return true;
   if (seen.exists) generation.copy_ms = std::max(generation.copy_ms, seen.modified_ms);
   QByteArray bytes;
   bool missing = false;
   if (!platform::read_file(record.real, &bytes, &missing, why)) {
     // No file: no copy, which Qt reads as empty.
     if (!missing) return false;
+    generation.copy_state = platform::file_state();
     if (platform::remove_file(generation.alias)) return true;
     *why = QStringLiteral("the old copy can't be removed: ") + platform::last_error_text();
     return false;
@@ -248,9 +259,14 @@ bool cfgq_refresh_copy(const cfgq_file_record& record, cfgq_file_generation& gen
   // Qt reads a file again only when its size or time changed: the copy gets a later time than
   // any it had (it may have been removed and made anew since Qt read it).
   if (generation.copy_ms >= 0) platform::touch_distinct(generation.alias, generation.copy_ms, nullptr);
-  generation.copy_ms = std::max(generation.copy_ms,
-                                platform::state_of(generation.alias, false).modified_ms);
+  generation.copy_state = platform::state_of(generation.alias, false);
+  generation.copy_ms = std::max(generation.copy_ms, generation.copy_state.modified_ms);
   return true;
+}
+
+bool cfgq_copy_intact(const cfgq_file_generation& generation) {
+  return !generation.copy ||
+         platform::state_of(generation.alias, false).same_as(generation.copy_state);
 }
 
 bool cfgq_point_alias(const QString& alias, const QString& target) {

@@ -38,6 +38,7 @@ struct cfgq_file_generation {
   // it before Qt reads (cfgq_refresh_copy) and puts what Qt wrote in place of the file.
   bool copy = false;
   qint64 copy_ms = -1;  // the latest modification time the copy had, which Qt may have seen
+  cfgq_platform::file_state copy_state;  // the copy as the owner or Qt's write last left it
 };
 
 // Everything the process knows of one real file, whatever path reached it: one record per
@@ -103,6 +104,10 @@ void cfgq_discard_writes(const cfgq_file_record& record, cfgq_file_generation& g
 // False, with the reason, when the file can't be read.
 bool cfgq_refresh_copy(const cfgq_file_record& record, cfgq_file_generation& generation,
                        bool known, QString* why);
+
+// False when `generation`'s alias is a copy that is no longer as the owner or Qt's write left it
+// (removed, replaced): what Qt read from it since may be nothing.
+bool cfgq_copy_intact(const cfgq_file_generation& generation);
 
 // Points the alias `alias` at `target`, replacing the link in one step.
 bool cfgq_point_alias(const QString& alias, const QString& target);

@@ -123,12 +123,14 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     settings.reset(new cfgq_settings_file(refused->alias, path, nullptr, refused));
     return false;
   };
-  if (generation->dirty_objects > 0 && takes_own_lock(*record, *generation)) {
-    // Opening writes the changes other objects on the alias hold: under the file's lock.
+  if (generation->dirty_objects > 0 && (takes_own_lock(*record, *generation) || generation->copy)) {
+    // Opening writes the changes other objects on the alias hold: under the file's lock, and,
+    // for a copy, put in the file's place (a copy's content alone is refreshed away).
     cfgq_file_write file_write(record->real);
     QString why;
     qint64 holder = 0;
-    const bool locked = file_write.lock(&why, &holder, &guard);
+    const bool locked =
+        !takes_own_lock(*record, *generation) || file_write.lock(&why, &holder, &guard);
     // Looked at again after any wait: a write refused meanwhile points the alias into the void.
     if (!locked || generation->discarding) {
       // Those changes wait for their own objects' writes; this object reads the file anew.
@@ -155,7 +157,10 @@ std::unique_ptr<cfgq_settings_file> cfgq_settings_file::open(const QString& path
     for (int tries = 0;; ++tries) {
       if (!make_object(known && tries == 0)) return settings;
       const platform::file_state after = platform::state_of(record->native, true);
-      if (after.same_as(state) && cfgq_remember_view(*record, *generation, state, nullptr)) break;
+      if (after.same_as(state) && cfgq_copy_intact(*generation) &&
+          cfgq_remember_view(*record, *generation, state, nullptr)) {
+        break;
+      }
       generation->known.valid = false;
       if (tries == 2) {
         cfgq_new_generation(*record);

@@ -163,7 +163,10 @@ QString cfgq_settings_file::write_checked(cfgq_file_record& record,
   // 5. The record remembers what Qt now holds.
   if (!written.same_as(start)) record.pending_like = platform::file_state();
   const platform::file_state now = platform::state_of(record.native, true);
-  if (generation.copy) generation.copy_ms = std::max(generation.copy_ms, written.modified_ms);
+  if (generation.copy) {
+    generation.copy_state = written;
+    generation.copy_ms = std::max(generation.copy_ms, written.modified_ms);
+  }
   if (!cfgq_remember_view(record, generation, now, written_hash != 0 ? &written_hash : nullptr)) {
     generation.known.valid = false;
   }
