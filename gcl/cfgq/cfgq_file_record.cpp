@@ -136,15 +136,9 @@ namespace {
 // The directory for the record's next alias: the process's runtime directory, or, when that is
 // missing or full, a private directory of the process beside the file. Empty when neither can
 // be had (Qt then opens the file under its own name). The record's mutex is held.
-QString beside_directory(cfgq_file_record& record);
-
 QString alias_directory(cfgq_file_record& record) {
   const QString runtime = private_dir().usable_path();
-  return runtime.isEmpty() ? beside_directory(record) : runtime;
-}
-
-// The process's private directory beside the file, made at first use; empty when it can't be.
-QString beside_directory(cfgq_file_record& record) {
+  if (!runtime.isEmpty()) return runtime;
   if (!record.beside) {
     QString why;
     record.beside = cfgq_private_dir::make(cfgq_beside_parent(record.real), {}, &why);
@@ -164,10 +158,6 @@ std::shared_ptr<cfgq_file_generation> cfgq_new_generation(cfgq_file_record& reco
     generation->alias = QDir(dir).filePath(
         QStringLiteral("f%1.%2").arg(record.number).arg(++record.generations));
     generation->copy = !platform::make_link(record.real, generation->alias);
-    // A copy stays beside the file, where no cleaner of temporary files takes it: Qt would take
-    // a copy gone from under it for an empty file.
-    const QString beside = generation->copy ? beside_directory(record) : QString();
-    if (!beside.isEmpty()) generation->alias = QDir(beside).filePath(QFileInfo(generation->alias).fileName());
   }
   if (record.current) {
     cfgq_release_settings_file(record.current->alias);
