@@ -12,9 +12,8 @@ namespace {
 const QString owner_name = QStringLiteral("owner");
 const QString dir_prefix = QStringLiteral("cfgq.");
 
-// Removes everything in `dir` (files and links: private directories hold nothing else), then
-// the directory.
-// Removes the directory `dir` and its files, `owner` (holding its owner file) given back last:
+// Removes the directory `dir` and everything in it (files and links: private directories hold
+// nothing else), `owner` (holding its owner file) given back last:
 // where a removed file goes at once (POSIX), the directory goes while it is still held; where
 // it goes only once closed (Windows), the directory goes after, and only if no other process
 // has a file of it open.

@@ -176,8 +176,8 @@ void cfgq_discard_writes(const cfgq_file_record& record, cfgq_file_generation& g
   generation.discarding = true;
   if (generation.alias == record.real || generation.alias.isEmpty()) return;
   // Qt writes a copy only to the copy: nothing of it reaches the file without the owner.
-  const QString replacement = generation.alias + QStringLiteral(".new");
   if (!generation.copy) {
+    const QString replacement = generation.alias + QStringLiteral(".new");
     platform::remove_file(replacement);
     if (platform::make_link(generation.alias + QStringLiteral(".void"), replacement)) {
       platform::rename_over(replacement, generation.alias, nullptr);
